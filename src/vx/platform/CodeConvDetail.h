@@ -1,0 +1,48 @@
+#pragma once
+// Building blocks shared by the converters behind vcc::ConvertTo. Every converter either decodes
+// its encoding into UTF-16LE or encodes UTF-16LE into it, appending to an Output.
+#include <cstddef>
+
+namespace vcc::detail {
+
+// The caller's buffer; converters append and fail instead of writing past capacity.
+struct Output {
+    unsigned char* data;
+    std::size_t capacity;
+    std::size_t size = 0;
+
+    std::size_t Room() const { return capacity - size; }
+    unsigned char* End() { return data + size; }
+    bool PutByte(unsigned char byte);
+    bool PutBytes(const void* bytes, std::size_t count);
+    bool PutUnit(char16_t unit);        // one UTF-16LE code unit
+    bool PutCodePoint(char32_t value);  // one or two UTF-16LE code units
+};
+
+inline char16_t LoadUnit(const unsigned char* p) {
+    return static_cast<char16_t>(p[0] | (p[1] << 8));
+}
+
+inline void StoreUnit(unsigned char* p, char16_t unit) {
+    p[0] = static_cast<unsigned char>(unit);
+    p[1] = static_cast<unsigned char>(unit >> 8);
+}
+
+using Converter = bool (*)(const unsigned char* src, std::size_t length, Output& out);
+
+// Utf.cpp
+bool DecodeUtf8(const unsigned char* src, std::size_t length, Output& out);
+bool EncodeUtf8(const unsigned char* src, std::size_t length, Output& out);
+bool DecodeUcs4(const unsigned char* src, std::size_t length, Output& out);
+bool EncodeUcs4(const unsigned char* src, std::size_t length, Output& out);
+bool CopyUtf16(const unsigned char* src, std::size_t length, Output& out);
+
+// Japanese.cpp
+bool DecodeCp932(const unsigned char* src, std::size_t length, Output& out);
+bool EncodeCp932(const unsigned char* src, std::size_t length, Output& out);
+bool DecodeEucJp(const unsigned char* src, std::size_t length, Output& out);
+bool EncodeEucJp(const unsigned char* src, std::size_t length, Output& out);
+bool DecodeIso2022Jp(const unsigned char* src, std::size_t length, Output& out);
+bool EncodeIso2022Jp(const unsigned char* src, std::size_t length, Output& out);
+
+}  // namespace vcc::detail

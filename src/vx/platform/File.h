@@ -1,0 +1,33 @@
+#pragma once
+// Thin wrapper over a POSIX file descriptor.
+#include <cstdint>
+
+namespace vel {
+
+class CVelFile {
+public:
+    enum eOpenType { eOpenRead = 0, eOpenWrite = 1 };
+    enum eSeekOrigin { eSeekBegin = 0, eSeekCurrent = 1, eSeekEnd = 2 };
+
+    CVelFile() = default;
+    ~CVelFile();
+    CVelFile(const CVelFile&) = delete;
+    CVelFile& operator=(const CVelFile&) = delete;
+
+    // type 0: open an existing regular file for reading (directories, devices, FIFOs and
+    // sockets fail to open); type 1: create or truncate for writing.
+    bool CreateFileA(const char* name, int type);
+    // Succeeds only when exactly `size` bytes arrive.
+    bool Read(void* buffer, int size);
+    bool Write(const void* buffer, int size);
+    bool SetFilePointer(std::int64_t distance, int origin);
+    std::int64_t GetSize() const;  // -1 when not open
+    bool IsOpen() const { return m_fd >= 0; }
+    void Close();
+
+    static int GetLastError();  // errno of the last failed call
+
+private:
+    int m_fd = -1;
+};
+}  // namespace vel

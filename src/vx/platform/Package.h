@@ -1,0 +1,21 @@
+#pragma once
+// Package entry points and process-wide settings.
+
+namespace vx {
+
+// Both are safe to call more than once. Finalize releases what the library keeps for the
+// life of the process (name caches, keyword constants), so a leak checker sees nothing left.
+void Initialize();
+void Finalize();
+
+// Called by Finalize, last registered first. Layers above register their own clean-up.
+void RegisterFinalizer(void (*release)());
+
+// Element nesting deeper than this throws std::runtime_error("dummy") instead of exhausting
+// the stack. The default keeps parsing, copying, writing and destroying within an 8 MiB stack
+// under AddressSanitizer.
+constexpr int kDefaultNestingLimit = 1000;
+void SetNestingLimit(int depth);
+int GetNestingLimit();
+
+}  // namespace vx

@@ -1,0 +1,166 @@
+// UTF-8, UTF-16LE and UCS-4LE, converted by hand: these carry most documents, so they must be
+// fast and must reject every malformed sequence.
+#include <bit>
+#include <cstdint>
+#include <cstring>
+
+#include "vx/platform/CodeConvDetail.h"
+
+namespace vcc::detail {
+
+namespace {
+
+static_assert(std::endian::native == std::endian::little,
+              "the ASCII fast path widens bytes in a little-endian register");
+
+constexpr std::uint64_t kHighBits = 0x8080808080808080ull;
+
+bool IsSurrogate(char32_t value) {
+    return value >= 0xD800 && value <= 0xDFFF;
+}
+
+// Spreads four bytes of the low half of `bytes` into four 16-bit lanes.
+std::uint64_t WidenFour(std::uint64_t bytes) {
+    bytes &= 0xFFFFFFFFull;
+    bytes = (bytes | (bytes << 16)) & 0x0000FFFF0000FFFFull;
+    return (bytes | (bytes << 8)) & 0x00FF00FF00FF00FFull;
+}
+
+// Copies ASCII runs eight bytes at a time; stops at the first block holding a non-ASCII byte
+// or when the output has no room for a whole block.
+void CopyAsciiBlocks(const unsigned char* src, std::size_t length, std::size_t& i, Output& out) {
+    unsigned char* o = out.End();
+    const unsigned char* const end = out.data + out.capacity;
+    while (length - i >= 8 && end - o >= 16) {
+        std::uint64_t block;
+        std::memcpy(&block, src + i, 8);
+        if (block & kHighBits) break;
+        const std::uint64_t low = WidenFour(block);
+        const std::uint64_t high = WidenFour(block >> 32);
+        std::memcpy(o, &low, 8);
+        std::memcpy(o + 8, &high, 8);
+        o += 16;
+        i += 8;
+    }
+    out.size = static_cast<std::size_t>(o - out.data);
+}
+
+// Length of the well-formed UTF-8 sequence at p (n bytes available) and its value; 0 if the
+// bytes are not one (overlong forms, surrogates and values above U+10FFFF included).
+int ReadUtf8Sequence(const unsigned char* p, std::size_t n, char32_t& value) {
+    const unsigned char lead = p[0];
+    int length;
+    char32_t minimum;
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2, value = lead & 0x1F, minimum = 0x80;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3, value = lead & 0x0F, minimum = 0x800;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4, value = lead & 0x07, minimum = 0x10000;
+    } else {
+        return 0;
+    }
+    if (n < static_cast<std::size_t>(length)) return 0;
+    for (int k = 1; k < length; ++k) {
+        if ((p[k] & 0xC0) != 0x80) return 0;
+        value = (value << 6) | (p[k] & 0x3F);
+    }
+    if (value < minimum || value > 0x10FFFF || IsSurrogate(value)) return 0;
+    return length;
+}
+
+// Next scalar value of UTF-16LE text at src[i], joining a surrogate pair; false for an unpaired
+// surrogate, which no other Unicode form can carry.
+bool ReadUtf16CodePoint(const unsigned char* src, std::size_t length, std::size_t& i,
+                        char32_t& value) {
+    const char16_t unit = LoadUnit(src + i);
+    i += 2;
+    if (!IsSurrogate(unit)) {
+        value = unit;
+        return true;
+    }
+    if (unit >= 0xDC00 || length - i < 2) return false;
+    const char16_t low = LoadUnit(src + i);
+    if (low < 0xDC00 || low > 0xDFFF) return false;
+    i += 2;
+    value = 0x10000 + ((static_cast<char32_t>(unit) - 0xD800) << 10) + (low - 0xDC00);
+    return true;
+}
+
+bool PutUtf8(char32_t value, Output& out) {
+    unsigned char bytes[4];
+    std::size_t count;
+    if (value < 0x80) {
+        return out.PutByte(static_cast<unsigned char>(value));
+    } else if (value < 0x800) {
+        bytes[0] = static_cast<unsigned char>(0xC0 | (value >> 6));
+        count = 2;
+    } else if (value < 0x10000) {
+        bytes[0] = static_cast<unsigned char>(0xE0 | (value >> 12));
+        count = 3;
+    } else {
+        bytes[0] = static_cast<unsigned char>(0xF0 | (value >> 18));
+        count = 4;
+    }
+    for (std::size_t k = 1; k < count; ++k) {
+        const int shift = static_cast<int>(6 * (count - 1 - k));
+        bytes[k] = static_cast<unsigned char>(0x80 | ((value >> shift) & 0x3F));
+    }
+    return out.PutBytes(bytes, count);
+}
+
+bool PutUcs4(char32_t value, Output& out) {
+    const unsigned char bytes[4] = {
+        static_cast<unsigned char>(value), static_cast<unsigned char>(value >> 8),
+        static_cast<unsigned char>(value >> 16), static_cast<unsigned char>(value >> 24)};
+    return out.PutBytes(bytes, 4);
+}
+
+// Drives an encoder that works on whole scalar values of UTF-16LE input.
+template <class Put>
+bool EncodeCodePoints(const unsigned char* src, std::size_t length, Output& out, Put put) {
+    for (std::size_t i = 0; i < length;) {
+        char32_t value;
+        if (!ReadUtf16CodePoint(src, length, i, value) || !put(value, out)) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool DecodeUtf8(const unsigned char* src, std::size_t length, Output& out) {
+    std::size_t i = 0;
+    while (i < length) {
+        CopyAsciiBlocks(src, length, i, out);
+        if (i == length) break;
+        char32_t value = src[i];
+        const int sequence = value < 0x80 ? 1 : ReadUtf8Sequence(src + i, length - i, value);
+        if (sequence == 0 || !out.PutCodePoint(value)) return false;
+        i += static_cast<std::size_t>(sequence);
+    }
+    return true;
+}
+
+bool EncodeUtf8(const unsigned char* src, std::size_t length, Output& out) {
+    return EncodeCodePoints(src, length, out, PutUtf8);
+}
+
+bool DecodeUcs4(const unsigned char* src, std::size_t length, Output& out) {
+    if (length % 4 != 0) return false;
+    for (std::size_t i = 0; i < length; i += 4) {
+        const char32_t value = src[i] | (src[i + 1] << 8) | (src[i + 2] << 16) |
+                               (static_cast<char32_t>(src[i + 3]) << 24);
+        if (value > 0x10FFFF || IsSurrogate(value) || !out.PutCodePoint(value)) return false;
+    }
+    return true;
+}
+
+bool EncodeUcs4(const unsigned char* src, std::size_t length, Output& out) {
+    return EncodeCodePoints(src, length, out, PutUcs4);
+}
+
+bool CopyUtf16(const unsigned char* src, std::size_t length, Output& out) {
+    return out.PutBytes(src, length);
+}
+
+}  // namespace vcc::detail

@@ -1,6 +1,15 @@
 #pragma once
 // Everything a host of vx uses.
 #include "vx/diag/ParseError.h"
+#include "vx/dom/NameCache.h"
+#include "vx/dom/XmlAttribute.h"
+#include "vx/dom/XmlBaseObject.h"
+#include "vx/dom/XmlCharData.h"
+#include "vx/dom/XmlDocument.h"
+#include "vx/dom/XmlDtd.h"
+#include "vx/dom/XmlElement.h"
+#include "vx/dom/XmlListContainer.h"
+#include "vx/dom/Xsd.h"
 #include "vx/platform/CodeConv.h"
 #include "vx/platform/File.h"
 #include "vx/platform/Guard.h"

@@ -1,0 +1,200 @@
+#include "vx/diag/ParseError.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+namespace vx {
+
+namespace {
+
+struct SErrorInfo {
+    const char16_t* message;
+    CParseError::eErrLevel level;
+};
+
+constexpr auto kFatal = CParseError::eErrLevelFatal;
+constexpr auto kError = CParseError::eErrLevelError;
+constexpr auto kWarning = CParseError::eErrLevelWarning;
+constexpr auto kNotice = CParseError::eErrLevelNotice;
+constexpr auto kNone = CParseError::eErrLevelNone;
+
+// Indexed by code. Code 18 has level None on purpose: callers that count level-Error entries
+// must not see it. Hosts match these texts exactly, so code 36 keeps its missing full stop and
+// code 45 its leading blank.
+constexpr SErrorInfo kErrorTable[] = {
+    {u"", kNone},                                                               // 0
+    {u"ファイルが存在しません。", kFatal},                                      // 1
+    {u"ファイルのオープンに失敗しました。", kFatal},                            // 2
+    {u"文字コードの判別に失敗しました。", kFatal},                              // 3
+    {u"メモリ不足です。", kFatal},                                              // 4
+    {u"サポートしない機能を使用しました。", kNotice},                           // 5
+    {u"文字コードの変換に失敗しました。", kFatal},                              // 6
+    {u"途中でパースが停止しました。", kFatal},                                  // 7
+    {u"XML宣言が存在しません。", kFatal},                                       // 8
+    {u"XML宣言のバージョン情報が存在しません。", kFatal},                       // 9
+    {u"１つ以上の空白が必要です。", kError},                                    // 10
+    {u"サポートしないバージョン番号です。", kWarning},                          // 11
+    {u"予期しない属性値が記述されています。", kNotice},                         // 12
+    {u"XML宣言が正しく終了していません。", kError},                             // 13
+    {u"コメントの終了文字( '-->' )が存在しません。", kError},                   // 14
+    {u"予期せぬ文字が出現しました。", kError},                                  // 15
+    {u"処理命令の終了文字( '?>' )が存在しません。", kError},                    // 16
+    {u"属性が重複しています。", kError},                                        // 17
+    {u"要素の終了文字( '/>' )が存在しません。", kNone},                         // 18
+    {u"予期せぬ位置でソースが終了しました。", kError},                          // 19
+    {u"閉じタグが存在しません。", kError},                                      // 20
+    {u"文字参照が不正です。", kError},                                          // 21
+    {u"エンティティの終了( ';' )が存在しません。", kError},                     // 22
+    {u"エンティティ名の記述が存在しません。", kError},                          // 23
+    {u"属性値のイコールが存在しません。", kError},                              // 24
+    {u"属性値の終了のクウォートが存在しません。", kError},                      // 25
+    {u"属性値が存在しないか不正です。", kFatal},                                // 26
+    {u"パースは成功しましたがXMLツリーの作成に失敗しました。", kFatal},         // 27
+    {u"未知のエレメントタイプに遭遇しました。", kFatal},                        // 28
+    {u"開始エレメント名と終了エレメント名が異なります。", kError},              // 29
+    {u"参照の書式が正しくありません。", kFatal},                                // 30
+    {u"CDSectの終了記号が存在しません。", kError},                              // 31
+    {u"システムリテラルの終了のクウォートが存在しません。", kError},            // 32
+    {u"パブリックリテラルの終了のクウォートが存在しません。", kError},          // 33
+    {u"システムリテラルが存在しません。", kError},                              // 34
+    {u"パブリックリテラルが存在しません。", kError},                            // 35
+    {u"#PCDATAの終了のカッコは')*'でなければいけません", kError},               // 36
+    {u"要素名が存在しません。", kError},                                        // 37
+    {u"要素型宣言が存在しません。", kError},                                    // 38
+    {u"要素型宣言の終了記号( '>' )がありません。", kError},                     // 39
+    {u"開始の丸カッコが存在しません。", kError},                                // 40
+    {u"終了の丸カッコが存在しません。", kError},                                // 41
+    {u"記法属性が存在しません。", kError},                                      // 42
+    {u"OR記号( '|' )が存在しません。", kError},                                 // 43
+    {u"列挙型名が存在しません。", kError},                                      // 44
+    {u" #FIXEDがある場合はデフォルト値が必要です。", kError},                   // 45
+    {u"属性名が存在しません。", kError},                                        // 46
+    {u"属性型宣言の終了記号が存在しません。", kError},                          // 47
+    {u"属性型が存在しません。", kError},                                        // 48
+    {u"デフォルト値定義が存在しません。", kError},                              // 49
+    {u"パラメータ参照の書式が正しくありません。", kError},                      // 50
+    {u"'NDATA'文字列が存在しません。", kError},                                 // 51
+    {u"記法名が存在しません。", kError},                                        // 52
+    {u"実体宣言が存在しません。", kError},                                      // 53
+    {u"実体宣言の終了記号が存在しません。", kError},                            // 54
+    {u"'%'記号が存在しません。", kError},                                       // 55
+    {u"外部実体宣言が存在しません。", kError},                                  // 56
+    {u"外部実体宣言か記法宣言が存在しません。", kError},                        // 57
+    {u"ルート要素名が存在しません。", kError},                                  // 58
+    {u"DOCTYPE宣言の終了記号が存在しません。", kError},                         // 59
+    {u"要素内容モデルが存在しません。", kError},                                // 60
+    {u"http://から始まるシステムリテラルは未実装です。", kFatal},               // 61
+    {u"一般エンティティを定義せずにエンティティ参照を使用しました。", kError},  // 62
+};
+static_assert(std::size(kErrorTable) == CParseError::eErrUndefinedEntity + 1);
+
+const SErrorInfo* FindInfo(int code) {
+    const bool known = code >= 0 && code < static_cast<int>(std::size(kErrorTable));
+    return known ? &kErrorTable[code] : nullptr;
+}
+
+}  // namespace
+
+// ---- CParseError ----
+
+CParseError::CParseError(eError code) : m_code(static_cast<std::int8_t>(code)) {}
+
+CParseError::CParseError(eError code, std::int32_t line, std::int32_t column,
+                         const CVelStrW& source)
+    : m_code(static_cast<std::int8_t>(code)),
+      m_hasPosition(true),
+      m_line(line),
+      m_column(column),
+      m_source(source) {}
+
+CVelStrW CParseError::GetErrMsg() const {
+    if (const SErrorInfo* info = FindInfo(m_code)) return CVelStrW(info->message);
+    CVelStrW text;
+    text.Format(u"予期せぬエラー。エラー番号が見つかりません。(%d)", static_cast<int>(m_code));
+    return text;
+}
+
+CParseError::eErrLevel CParseError::GetErrLevel() const {
+    const SErrorInfo* info = FindInfo(m_code);
+    return info ? info->level : eErrLevelNone;
+}
+
+CVelStrW CParseError::MakeErrMsg() const {
+    const CVelStrW message = GetErrMsg();
+    CVelStrW text;
+    if (!m_hasPosition) {
+        text.Format(u"%s", message.c_str());
+    } else if (m_line == -1 && m_column == -1) {
+        // File errors: the source is the file's path.
+        text.Format(u"%s(%s)", message.c_str(), m_source.c_str());
+    } else {
+        text.Format(u"(%d,%d):%s", static_cast<int>(m_line), static_cast<int>(m_column),
+                    message.c_str());
+    }
+    return text;
+}
+
+bool CParseError::operator==(const CParseError& other) const {
+    return this == &other ||
+           (m_code == other.m_code && m_hasPosition == other.m_hasPosition &&
+            m_line == other.m_line && m_column == other.m_column && m_source == other.m_source);
+}
+
+// ---- CParseErrorList ----
+
+namespace {
+
+[[noreturn]] void ThrowOutOfRange(const char* operation) {
+    throw std::out_of_range(operation);
+}
+
+}  // namespace
+
+void CParseErrorList::PushBack(const CParseError& error) {
+    Insert(error, GetSize());
+}
+
+void CParseErrorList::Insert(const CParseError& error, int index) {
+    // Kept: every index below the count is refused, and one above it names no position, so
+    // Insert only ever appends.
+    if (index < 0 || index < GetSize() || index > GetSize()) {
+        ThrowOutOfRange("CParseErrorList::Insert()");
+    }
+    m_errors.insert(m_errors.begin() + index, error);
+}
+
+void CParseErrorList::Erase(int /*index*/) {
+    // Kept: the guard refuses negative indexes and 0..count, which is every existing element,
+    // and an index above the count names none. So nothing is ever erased: an error once
+    // reported stays in the list that the host reads after the parse.
+    ThrowOutOfRange("CParseErrorList::Erase()");
+}
+
+int CParseErrorList::Find(const CParseError& error, int start) const {
+    if (start < 0) return -1;
+    // Kept: starts 0..count are refused, and a start above the count never enters the scan,
+    // so Find answers -1 for every argument.
+    if (start <= GetSize()) return -1;
+    for (int i = start; i < GetSize(); ++i) {
+        if (m_errors[i] == error) return i;
+    }
+    return -1;
+}
+
+int CParseErrorList::GetCount(CParseError::eErrLevel level) const {
+    return static_cast<int>(
+        std::count_if(m_errors.begin(), m_errors.end(),
+                      [level](const CParseError& e) { return e.GetErrLevel() == level; }));
+}
+
+void CParseErrorList::Append(const CParseErrorList& other) {
+    m_errors.insert(m_errors.end(), other.m_errors.begin(), other.m_errors.end());
+}
+
+const CParseError& CParseErrorList::GetAt(int index) const {
+    if (index < 0 || index >= GetSize()) ThrowOutOfRange("CParseErrorList::GetAt()");
+    return m_errors[index];
+}
+
+}  // namespace vx

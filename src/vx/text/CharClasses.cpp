@@ -1,0 +1,7 @@
+#include "vx/text/CharClasses.h"
+
+namespace vx::chars {
+
+#include "vx/text/CharClassTables.inc"
+
+}  // namespace vx::chars

@@ -1,0 +1,190 @@
+#include "vx/text/CommonFunc.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+
+#include "vx/text/StringBuffer.h"
+
+namespace vx {
+
+namespace {
+
+constexpr char16_t kCr = u'\r';
+constexpr char16_t kLf = u'\n';
+
+// Column of position on the line starting at lineStart. A far position saturates instead of
+// wrapping.
+int ColumnOf(int position, int lineStart) {
+    const std::int64_t column = std::int64_t{position} - lineStart + 1;
+    return static_cast<int>(std::min<std::int64_t>(column, INT_MAX));
+}
+
+// Units before position that can be line feeds: those of the text.
+int ScanEnd(int position, int length) {
+    return std::min(position, length);
+}
+
+int HexDigit(char16_t ch) {
+    if (ch >= u'0' && ch <= u'9') return ch - u'0';
+    if (ch >= u'a' && ch <= u'f') return ch - u'a' + 10;
+    if (ch >= u'A' && ch <= u'F') return ch - u'A' + 10;
+    return -1;
+}
+
+int DecimalDigit(char16_t ch) {
+    return ch >= u'0' && ch <= u'9' ? ch - u'0' : -1;
+}
+
+int SkipZeros(const CVelStrW& text, int index, int last) {
+    while (index <= last && text[index] == u'0')
+        ++index;
+    return index;
+}
+
+// Hexadecimal digits text[index..last], accumulated in 16 bits: higher digits are lost.
+CVelStrW HexToChar(const CVelStrW& text, int index, int last) {
+    index = SkipZeros(text, index, last);
+    if (last - index > 31) return CVelStrW();
+    std::uint16_t value = 0;
+    for (; index <= last; ++index) {
+        const int digit = HexDigit(text[index]);
+        if (digit < 0) return CVelStrW();
+        value = static_cast<std::uint16_t>(value * 16 + digit);
+    }
+    return CVelStrW(static_cast<char16_t>(value));
+}
+
+// Decimal digits text[index..last]; a value beyond 32 bits is invalid, the result keeps the
+// low 16 bits.
+CVelStrW DecimalToChar(const CVelStrW& text, int index, int last) {
+    index = SkipZeros(text, index, last);
+    if (last - index > 9) return CVelStrW();
+    std::uint64_t value = 0;
+    for (; index <= last; ++index) {
+        const int digit = DecimalDigit(text[index]);
+        if (digit < 0) return CVelStrW();
+        value = value * 10 + static_cast<std::uint64_t>(digit);
+    }
+    if (value > 0xFFFFFFFFu) return CVelStrW();
+    return CVelStrW(static_cast<char16_t>(value & 0xFFFF));
+}
+
+// text with every occurrence of pattern replaced; the search goes on after the replacement, so
+// a replacement is never matched again by the same pattern.
+CVelStrW ReplaceAll(const CVelStrW& text, const CVelStrW& pattern, const CVelStrW& replacement) {
+    int found = text.Pos(pattern);
+    if (found == CVelStrW::npos) return text;
+    CVelStringBuffer<CVelStrW> out;
+    int from = 0;
+    while (found != CVelStrW::npos) {
+        out.Append(text.c_str() + from, found - from);
+        out.Append(replacement);
+        from = found + pattern.GetLength();
+        found = text.Pos(pattern, from);
+    }
+    out.Append(text.c_str() + from, text.GetLength() - from);
+    return out.ToString();
+}
+
+}  // namespace
+
+void NormalizeRetCode(CVelStrW& text) {
+    if (text.Pos(kCr) == CVelStrW::npos) return;
+    const int length = text.GetLength();
+    char16_t* units = text.GetBuffer(length);
+    int written = 0;
+    for (int read = 0; read < length; ++read) {
+        if (units[read] != kCr) {
+            units[written++] = units[read];
+        } else if (read + 1 < length && units[read + 1] == kLf) {
+            continue;  // the LF that follows is copied next
+        } else {
+            units[written++] = kLf;
+        }
+    }
+    text.Truncate(written);
+}
+
+void GetLineAndCol(const CVelStrW& text, int position, int& line, int& column) {
+    line = 1;
+    column = 0;
+    if (position < 0) return;
+    const char16_t* units = text.c_str();
+    const int end = ScanEnd(position, text.GetLength());
+    int lineStart = 0;
+    for (int i = 0; i < end; ++i) {
+        if (units[i] == kLf) {
+            ++line;
+            lineStart = i + 1;
+        }
+    }
+    column = ColumnOf(position, lineStart);
+}
+
+CLineIndex::CLineIndex(const CVelStrW& text) : m_lineStarts{0}, m_length(text.GetLength()) {
+    const char16_t* units = text.c_str();
+    for (int i = 0; i < m_length; ++i) {
+        if (units[i] == kLf) m_lineStarts.push_back(i + 1);
+    }
+}
+
+void CLineIndex::GetLineAndCol(int position, int& line, int& column) const {
+    line = 1;
+    column = 0;
+    if (position < 0) return;
+    // The last line start at or before the scanned end; a line feed at end - 1 counts.
+    const int end = ScanEnd(position, m_length);
+    const auto next = std::upper_bound(m_lineStarts.begin(), m_lineStarts.end(), end);
+    line = static_cast<int>(next - m_lineStarts.begin());
+    column = ColumnOf(position, *(next - 1));
+}
+
+CVelStrW ConvertNumToChar(const CVelStrW& text, int first, int last) {
+    // Out-of-text bounds only come from a reference cut off by the end of the text.
+    if (first < 0 || first > text.GetLength()) return CVelStrW();
+    last = std::min(last, text.GetLength() - 1);
+    if (text[first] == u'x') return HexToChar(text, first + 1, last);
+    return DecimalToChar(text, first, last);
+}
+
+CVelStrW ConvertNumToChar(const CVelStrW& text) {
+    static const CVelStrW open(u"&#");
+    static const CVelStrW close(u";");
+    int found = text.Pos(open);
+    if (found == CVelStrW::npos) return text;
+    CVelStringBuffer<CVelStrW> out;
+    int from = 0;  // first unit of text not yet copied or converted
+    while (found != CVelStrW::npos) {
+        const int start = found + 2;
+        int end = text.Pos(close, start);
+        if (end == CVelStrW::npos) end = text.GetLength();  // a missing ";" ends the text
+        const CVelStrW converted = ConvertNumToChar(text, start, end - 1);
+        out.Append(text.c_str() + from, found - from);
+        out.Append(converted);
+        from = std::min(end + 1, text.GetLength());
+        // The rebuilt text is searched again from one unit after the reference, so when the
+        // reference vanished the unit that now stands in its place is skipped.
+        found = text.Pos(open, from + 1 - converted.GetLength());
+    }
+    out.Append(text.c_str() + from, text.GetLength() - from);
+    return out.ToString();
+}
+
+CVelStrW ConvertEntityToChar(const CVelStrW& text) {
+    struct Reference {
+        CVelStrW pattern;
+        CVelStrW replacement;
+    };
+    // "&amp;" goes first, so an escaped "&lt;" ends as "<": the double expansion is intended.
+    static const Reference references[] = {
+        {u"&amp;", u"&"}, {u"&quot;", u"\""}, {u"&apos;", u"'"}, {u"&gt;", u">"}, {u"&lt;", u"<"},
+    };
+    CVelStrW result = text;
+    for (const Reference& reference : references) {
+        result = ReplaceAll(result, reference.pattern, reference.replacement);
+    }
+    return result;
+}
+
+}  // namespace vx

@@ -1,0 +1,41 @@
+#pragma once
+// Line ends, line/column positions and character references over the library's wide text.
+#include <vector>
+
+#include "vx/text/VelStr.h"
+
+namespace vx {
+
+// Turns every CR LF and every lone CR into a single LF, in place. A text without CR keeps its
+// shared buffer.
+void NormalizeRetCode(CVelStrW& text);
+
+// Line and column (both from 1) of position: the first unit of a line is column 1 and a line
+// feed belongs to the line it ends. A negative position gives line 1, column 0; positions at or
+// past the end keep counting columns on the last line.
+void GetLineAndCol(const CVelStrW& text, int position, int& line, int& column);
+
+// The character of the reference digits text[first..last] ("x" then hexadecimal, or decimal):
+// one unit, truncated to 16 bits, or an empty string when the digits are not valid.
+CVelStrW ConvertNumToChar(const CVelStrW& text, int first, int last);
+
+// The text with every "&#...;" replaced by its character; an invalid one disappears.
+CVelStrW ConvertNumToChar(const CVelStrW& text);
+
+// The text with the five predefined entity references replaced, "&amp;" first.
+CVelStrW ConvertEntityToChar(const CVelStrW& text);
+
+// The line starts of one text, for many GetLineAndCol look-ups in O(log n) each, with the same
+// results as the free function. The text itself is not kept.
+class CLineIndex {
+  public:
+    explicit CLineIndex(const CVelStrW& text);
+
+    void GetLineAndCol(int position, int& line, int& column) const;
+
+  private:
+    std::vector<int> m_lineStarts;  // index after each line feed, with 0 first
+    int m_length;
+};
+
+}  // namespace vx

@@ -1,0 +1,260 @@
+#include "vx/text/VelStr.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <string>
+
+#include "vx/platform/File.h"
+#include "vx/platform/Guard.h"
+#include "vx/platform/Logger.h"
+
+namespace velstr {
+
+namespace {
+
+constexpr char16_t kReplacement = 0xFFFD;
+
+void LogUnconvertible(const char* operation) {
+    vel::LogFailure("VelStr", __LINE__, operation, "cannot converted !!");
+}
+
+// Length of a valid UTF-8 sequence starting at p (at most n bytes available) and its scalar
+// value; 0 when the bytes do not form one.
+int DecodeUtf8(const unsigned char* p, int n, char32_t& value) {
+    const unsigned char lead = p[0];
+    int length;
+    char32_t min;
+    if (lead < 0x80) {
+        value = lead;
+        return 1;
+    } else if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2, value = lead & 0x1F, min = 0x80;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3, value = lead & 0x0F, min = 0x800;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4, value = lead & 0x07, min = 0x10000;
+    } else {
+        return 0;
+    }
+    if (length > n) return 0;
+    for (int i = 1; i < length; ++i) {
+        if ((p[i] & 0xC0) != 0x80) return 0;
+        value = (value << 6) | (p[i] & 0x3F);
+    }
+    if (value < min || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return 0;
+    return length;
+}
+
+void EncodeUtf8(char32_t value, std::string& out) {
+    if (value < 0x80) {
+        out += static_cast<char>(value);
+    } else if (value < 0x800) {
+        out += static_cast<char>(0xC0 | (value >> 6));
+        out += static_cast<char>(0x80 | (value & 0x3F));
+    } else if (value < 0x10000) {
+        out += static_cast<char>(0xE0 | (value >> 12));
+        out += static_cast<char>(0x80 | ((value >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (value & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (value >> 18));
+        out += static_cast<char>(0x80 | ((value >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((value >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (value & 0x3F));
+    }
+}
+
+void AppendUnits(std::u16string& out, const char16_t* text) {
+    if (text) out += text;
+}
+
+}  // namespace
+
+void ThrowStringError(const char* what) {
+    throw vel::CVelException(what);
+}
+
+CVelStrW::CVelStrW(const CVelStr& narrow) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(narrow.c_str());
+    const int n = narrow.GetLength();
+    char16_t* out = GetBuffer(n);  // never more units than bytes
+    int written = 0;
+    bool replaced = false;
+    for (int i = 0; i < n;) {
+        char32_t value;
+        const int length = DecodeUtf8(bytes + i, n - i, value);
+        if (length == 0) {
+            value = kReplacement;
+            replaced = true;
+            ++i;
+        } else {
+            i += length;
+        }
+        if (value >= 0x10000) {
+            out[written++] = static_cast<char16_t>(0xD800 + ((value - 0x10000) >> 10));
+            out[written++] = static_cast<char16_t>(0xDC00 + ((value - 0x10000) & 0x3FF));
+        } else {
+            out[written++] = static_cast<char16_t>(value);
+        }
+    }
+    Truncate(written);
+    if (replaced) LogUnconvertible("CVelStrW::CVelStrW(const CVelStr&)");
+}
+
+CVelStr::CVelStr(const CVelStrW& wide) {
+    std::string out;
+    out.reserve(wide.GetLength());
+    bool replaced = false;
+    const int n = wide.GetLength();
+    for (int i = 0; i < n; ++i) {
+        char32_t value = wide[i];
+        if (value >= 0xD800 && value <= 0xDBFF && i + 1 < n && wide[i + 1] >= 0xDC00 &&
+            wide[i + 1] <= 0xDFFF) {
+            value = 0x10000 + ((value - 0xD800) << 10) + (wide[i + 1] - 0xDC00);
+            ++i;
+        } else if (value >= 0xD800 && value <= 0xDFFF) {
+            value = kReplacement;
+            replaced = true;
+        }
+        EncodeUtf8(value, out);
+    }
+    Assign(out.data(), static_cast<int>(out.size()));
+    if (replaced) LogUnconvertible("CVelStr::CVelStr(const CVelStrW&)");
+}
+
+CVelStr::CVelStr(const CVelStr& other, int first, int last) {
+    const int length = other.GetLength();
+    if (first < 0) first = 0;
+    if (last < 0 || last >= length) last = length - 1;
+    if (first <= last) Assign(other.c_str() + first, last - first + 1);
+}
+
+CVelStr& CVelStr::Format(const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    va_list copy;
+    va_copy(copy, args);
+    const int length = std::vsnprintf(nullptr, 0, format, copy);
+    va_end(copy);
+    Clear();
+    if (length > 0) {
+        char* out = GetBuffer(length);
+        std::vsnprintf(out, static_cast<std::size_t>(length) + 1, format, args);
+    }
+    va_end(args);
+    return *this;
+}
+
+CVelStrW& CVelStrW::Format(const char16_t* format, ...) {
+    va_list args;
+    va_start(args, format);
+    std::u16string out;
+    for (const char16_t* p = format; *p; ++p) {
+        if (*p != u'%') {
+            out += *p;
+            continue;
+        }
+        // Flags and width, then an optional 'l', then the conversion.
+        std::string spec = "%";
+        while (*++p && (*p == u'0' || *p == u'-' || (*p >= u'1' && *p <= u'9'))) {
+            spec += static_cast<char>(*p);
+        }
+        const bool isLong = *p == u'l';
+        if (isLong) ++p;
+        char number[64];
+        switch (*p) {
+            case u's':
+                AppendUnits(out, va_arg(args, const char16_t*));
+                continue;
+            case u'c':
+                out += static_cast<char16_t>(va_arg(args, int));
+                continue;
+            case u'%':
+                out += u'%';
+                continue;
+            case u'd':
+            case u'u':
+            case u'x':
+            case u'X':
+                spec += isLong ? "l" : "";
+                spec += static_cast<char>(*p);
+                if (isLong) {
+                    std::snprintf(number, sizeof number, spec.c_str(), va_arg(args, long));
+                } else {
+                    std::snprintf(number, sizeof number, spec.c_str(), va_arg(args, int));
+                }
+                for (const char* q = number; *q; ++q)
+                    out += static_cast<char16_t>(*q);
+                continue;
+            default:  // an unknown conversion is written as it stands
+                for (char c : spec)
+                    out += static_cast<char16_t>(c);
+                if (!*p) {
+                    --p;
+                } else {
+                    out += *p;
+                }
+                continue;
+        }
+    }
+    va_end(args);
+    *this = CVelStrW(out.data(), static_cast<int>(out.size()));
+    return *this;
+}
+
+void CVelStrW::ConvRetCode(const CVelStrW& lineEnd) {
+    const bool valid =
+        lineEnd == CVelStrW(u"\r") || lineEnd == CVelStrW(u"\n") || lineEnd == CVelStrW(u"\r\n");
+    if (!valid) {
+        vel::LogFailure("VelStr", __LINE__, "CVelStrBase<T>::ConvRetCode",
+                        "引数が異常です。retcode='%s'", CVelStr(lineEnd).c_str());
+        ThrowStringError("CVelStrBase<T>::ConvRetCode");
+    }
+    const char16_t* text = c_str();
+    const int n = GetLength();
+    int loneCr = 0, loneLf = 0, pairs = 0;
+    for (int i = 0; i < n; ++i) {
+        if (text[i] == u'\r') {
+            if (i + 1 < n && text[i + 1] == u'\n') {
+                ++pairs;
+                ++i;
+            } else {
+                ++loneCr;
+            }
+        } else if (text[i] == u'\n') {
+            ++loneLf;
+        }
+    }
+    const int target = lineEnd.GetLength() == 2 ? 2 : (lineEnd[0] == u'\r' ? 1 : 0);
+    const int already = target == 2 ? pairs : (target == 1 ? loneCr : loneLf);
+    if (already == loneCr + loneLf + pairs) return;  // nothing to rewrite: keep the buffer shared
+
+    const int ends = loneCr + loneLf + pairs;
+    const int newLength = n - 2 * pairs - loneCr - loneLf + ends * lineEnd.GetLength();
+    CVelStrW converted;
+    char16_t* out = converted.GetBuffer(newLength);
+    int w = 0;
+    for (int i = 0; i < n; ++i) {
+        if (text[i] == u'\r' || text[i] == u'\n') {
+            if (text[i] == u'\r' && i + 1 < n && text[i + 1] == u'\n') ++i;
+            for (int k = 0; k < lineEnd.GetLength(); ++k)
+                out[w++] = lineEnd[k];
+        } else {
+            out[w++] = text[i];
+        }
+    }
+    *this = std::move(converted);
+}
+
+bool CVelStr::LoadFromFile(const char* fileName) {
+    vel::CVelFile file;
+    if (!file.CreateFileA(fileName, vel::CVelFile::eOpenRead)) return false;
+    const std::int64_t size = file.GetSize();
+    if (size < 0 || size > 0x7FFFFFFF) return false;
+    CVelStr content;
+    char* out = content.GetBuffer(static_cast<int>(size));
+    if (size > 0 && !file.Read(out, static_cast<int>(size))) return false;
+    *this = std::move(content);
+    return true;
+}
+
+}  // namespace velstr

@@ -1,0 +1,391 @@
+#pragma once
+// Reference-counted strings with copy on write: CVelStrW over 16-bit code units for all text
+// inside the library, CVelStr over bytes for file names and encoded buffers (UTF-8 as narrow
+// text). Getters everywhere return strings by value; sharing keeps that cheap.
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <type_traits>
+#include <utility>
+
+namespace velstr {
+
+class CBaseRefCnt {
+  public:
+    void AddRef() noexcept { ++m_refCount; }
+    // True when the last reference went away.
+    bool Release() noexcept { return --m_refCount == 0; }
+    int GetRefCount() const noexcept { return m_refCount; }
+
+  protected:
+    CBaseRefCnt() = default;
+    ~CBaseRefCnt() = default;
+
+  private:
+    int m_refCount = 1;
+};
+
+// The shared representation. Short texts live in the inline buffer, so names cost one
+// allocation only.
+template <typename T>
+class CVelStrRefCntTC : public CBaseRefCnt {
+  public:
+    static constexpr int kInlineUnits = 8;
+
+    explicit CVelStrRefCntTC(int capacity)
+        : m_data(capacity < kInlineUnits ? m_inline : new T[capacity + 1]),
+          m_capacity(capacity < kInlineUnits ? kInlineUnits - 1 : capacity) {
+        m_data[0] = T();
+    }
+    ~CVelStrRefCntTC() {
+        if (m_data != m_inline) delete[] m_data;
+    }
+    CVelStrRefCntTC(const CVelStrRefCntTC&) = delete;
+    CVelStrRefCntTC& operator=(const CVelStrRefCntTC&) = delete;
+
+    T* m_data;
+    int m_length = 0;
+    int m_capacity;  // units available, not counting the terminator
+    T m_inline[kInlineUnits];
+};
+
+// Thrown by misuse of a string operation; what() names the operation.
+void ThrowStringError(const char* what);
+
+template <typename T, typename Derived>
+class CVelStrBase {
+  public:
+    using CharType = T;
+    static constexpr int npos = -1;
+
+    CVelStrBase() noexcept = default;
+    CVelStrBase(T ch) { Assign(&ch, 1); }  // NOLINT: a single unit converts implicitly
+    CVelStrBase(const T* text) { Assign(text, text ? TextLength(text) : 0); }
+    CVelStrBase(const T* text, int length) { Assign(text, length); }
+    CVelStrBase(const CVelStrBase& other) noexcept : m_rep(other.m_rep) {
+        if (m_rep) m_rep->AddRef();
+    }
+    CVelStrBase(CVelStrBase&& other) noexcept : m_rep(std::exchange(other.m_rep, nullptr)) {}
+    ~CVelStrBase() { ReleaseRep(); }
+
+    CVelStrBase& operator=(const CVelStrBase& other) noexcept {
+        if (other.m_rep) other.m_rep->AddRef();
+        ReleaseRep();
+        m_rep = other.m_rep;
+        return *this;
+    }
+    CVelStrBase& operator=(CVelStrBase&& other) noexcept {
+        if (this != &other) {
+            ReleaseRep();
+            m_rep = std::exchange(other.m_rep, nullptr);
+        }
+        return *this;
+    }
+
+    int GetLength() const noexcept { return m_rep ? m_rep->m_length : 0; }
+    bool IsEmpty() const noexcept { return GetLength() == 0; }
+    // Never null; always terminated.
+    const T* c_str() const noexcept { return m_rep ? m_rep->m_data : EmptyText(); }
+    // Unchecked, like std::string: callers index inside the text; index GetLength() reads the
+    // terminator, also of an empty string.
+    T operator[](int index) const noexcept { return c_str()[index]; }
+
+    void SetAt(int index, T ch) {
+        MakePrivate(GetLength());
+        m_rep->m_data[index] = ch;
+    }
+
+    Derived& operator+=(const CVelStrBase& other) {
+        Append(other.c_str(), other.GetLength());
+        return Self();
+    }
+    Derived& operator+=(T ch) {
+        Append(&ch, 1);
+        return Self();
+    }
+    Derived& operator+=(const T* text) {
+        Append(text, TextLength(text));
+        return Self();
+    }
+    // text may point into this string's own buffer.
+    void Append(const T* text, int count);
+
+    // Index of the first occurrence of sub at or after from, or npos. An empty sub is found at
+    // from when from is inside the text.
+    int Pos(const CVelStrBase& sub, int from = 0) const noexcept;
+    int Pos(T ch, int from = 0) const noexcept;
+
+    // True when the text holds keyword's units starting at index; a keyword running past the
+    // end does not match.
+    bool MatchAt(int index, const CVelStrBase& keyword) const noexcept {
+        const int n = keyword.GetLength();
+        return index >= 0 && index <= GetLength() - n &&
+               (n == 0 || std::memcmp(c_str() + index, keyword.c_str(), n * sizeof(T)) == 0);
+    }
+
+    // Compare at most count units, as strncmp does: the end of a string reads as a terminator.
+    int Strncmp(const CVelStrBase& other, int count) const noexcept {
+        return Compare(other, count, false);
+    }
+    // The same, folding ASCII letters only, whatever the locale.
+    int Strnicmp(const CVelStrBase& other, int count) const noexcept {
+        return Compare(other, count, true);
+    }
+
+    // count units from first; both are clamped to the text.
+    Derived SubStr(int first, int count = npos) const;
+
+    // Upper-cases ASCII letters in place.
+    Derived& Upper();
+
+    // Grows the buffer so that length units fit without another allocation.
+    void Reserve(int capacity) { MakePrivate(capacity > GetLength() ? capacity : GetLength()); }
+    // A private buffer of exactly length units (contents unspecified beyond the old text) for
+    // filling in place; the text's length becomes length.
+    T* GetBuffer(int length);
+    // Cuts the text to length units (no-op when already shorter).
+    void Truncate(int length);
+    void Clear() {
+        ReleaseRep();
+        m_rep = nullptr;
+    }
+
+    std::size_t Hash() const noexcept;
+
+    friend bool operator==(const Derived& a, const Derived& b) noexcept { return Equal(a, b); }
+    friend bool operator!=(const Derived& a, const Derived& b) noexcept { return !Equal(a, b); }
+    // By code unit.
+    friend bool operator<(const Derived& a, const Derived& b) noexcept { return Less(a, b); }
+
+  protected:
+    using Rep = CVelStrRefCntTC<T>;
+
+    Derived& Self() noexcept { return static_cast<Derived&>(*this); }
+    static int TextLength(const T* text) noexcept {
+        int n = 0;
+        while (text[n] != T())
+            ++n;
+        return n;
+    }
+    static const T* EmptyText() noexcept {
+        static const T empty[1] = {T()};
+        return empty;
+    }
+    static bool Equal(const CVelStrBase& a, const CVelStrBase& b) noexcept {
+        return a.m_rep == b.m_rep ||
+               (a.GetLength() == b.GetLength() &&
+                std::memcmp(a.c_str(), b.c_str(), a.GetLength() * sizeof(T)) == 0);
+    }
+    static bool Less(const CVelStrBase& a, const CVelStrBase& b) noexcept;
+
+    void Assign(const T* text, int length);
+    // Makes the representation unshared with room for capacity units, keeping the text.
+    void MakePrivate(int capacity);
+    void ReleaseRep() noexcept {
+        if (m_rep && m_rep->Release()) DeleteRep(m_rep);
+    }
+    // Out of line: inlined, g++ 12 takes the shared count of two handles for a use after free.
+    [[gnu::noinline]] static void DeleteRep(Rep* rep) noexcept { delete rep; }
+    int Compare(const CVelStrBase& other, int count, bool foldCase) const noexcept;
+
+    Rep* m_rep = nullptr;  // null is the empty string
+};
+
+class CVelStr;
+
+// Wide text: one char16_t per character, no surrogate handling.
+class CVelStrW : public CVelStrBase<char16_t, CVelStrW> {
+  public:
+    using CVelStrBase::CVelStrBase;
+    CVelStrW() noexcept = default;
+    // Decodes UTF-8; an invalid byte becomes U+FFFD and is logged.
+    explicit CVelStrW(const CVelStr& narrow);
+
+    // Builds from a format: %s takes const char16_t*, %d an int, %ld a long, %u, %x, %c (a
+    // char16_t passed as int) and %% as in printf; a width such as %08x is honoured.
+    CVelStrW& Format(const char16_t* format, ...);
+
+    // Rewrites every line end (CR LF, lone CR, lone LF) as lineEnd, which must be CR, LF or
+    // CR LF; anything else is logged and throws, leaving the text unchanged. A text that has
+    // nothing to convert keeps its shared buffer.
+    void ConvRetCode(const CVelStrW& lineEnd);
+};
+
+// Narrow text: bytes, UTF-8 where it is text.
+class CVelStr : public CVelStrBase<char, CVelStr> {
+  public:
+    using CVelStrBase::CVelStrBase;
+    CVelStr() noexcept = default;
+    // Encodes UTF-8; a surrogate pair becomes one four-byte sequence, a lone surrogate U+FFFD.
+    explicit CVelStr(const CVelStrW& wide);
+    // Characters first to last inclusive; a negative first counts as 0, a negative last means
+    // the end, a last beyond the end is cut to it.
+    CVelStr(const CVelStr& other, int first, int last);
+
+    CVelStr& Format(const char* format, ...) __attribute__((format(printf, 2, 3)));
+    // Replaces the text with the whole content of a file; false when it cannot be read.
+    bool LoadFromFile(const char* fileName);
+};
+
+// ---- template members ----
+
+template <typename T, typename D>
+void CVelStrBase<T, D>::Assign(const T* text, int length) {
+    if (length <= 0) return;
+    m_rep = new Rep(length);
+    std::memcpy(m_rep->m_data, text, length * sizeof(T));
+    m_rep->m_length = length;
+    m_rep->m_data[length] = T();
+}
+
+template <typename T, typename D>
+void CVelStrBase<T, D>::MakePrivate(int capacity) {
+    if (m_rep && m_rep->GetRefCount() == 1 && capacity <= m_rep->m_capacity) return;
+    // GetBuffer may ask for less room than the current text holds.
+    const int length = GetLength() < capacity ? GetLength() : capacity;
+    Rep* fresh = new Rep(capacity);
+    if (length) std::memcpy(fresh->m_data, m_rep->m_data, length * sizeof(T));
+    fresh->m_length = length;
+    fresh->m_data[length] = T();
+    ReleaseRep();
+    m_rep = fresh;
+}
+
+template <typename T, typename D>
+void CVelStrBase<T, D>::Append(const T* text, int count) {
+    if (count <= 0) return;
+    const int length = GetLength();
+    const bool owned = m_rep && m_rep->GetRefCount() == 1;
+    Rep* target = m_rep;
+    if (!owned || length + count > m_rep->m_capacity) {
+        const int capacity = owned ? (length + count) + (length + count) / 2  // amortised growth
+                                   : length + count;
+        target = new Rep(capacity);
+        if (length) std::memcpy(target->m_data, m_rep->m_data, length * sizeof(T));
+    }
+    // The old buffer is released only after the copy, as text may point into it.
+    std::memmove(target->m_data + length, text, count * sizeof(T));
+    target->m_length = length + count;
+    target->m_data[length + count] = T();
+    if (target != m_rep) {
+        ReleaseRep();
+        m_rep = target;
+    }
+}
+
+template <typename T, typename D>
+T* CVelStrBase<T, D>::GetBuffer(int length) {
+    if (length <= 0) {
+        Clear();
+        return const_cast<T*>(EmptyText());
+    }
+    MakePrivate(length);
+    m_rep->m_length = length;
+    m_rep->m_data[length] = T();
+    return m_rep->m_data;
+}
+
+template <typename T, typename D>
+void CVelStrBase<T, D>::Truncate(int length) {
+    if (length >= GetLength()) return;
+    if (length <= 0) {
+        Clear();
+        return;
+    }
+    MakePrivate(GetLength());
+    m_rep->m_length = length;
+    m_rep->m_data[length] = T();
+}
+
+template <typename T, typename D>
+int CVelStrBase<T, D>::Pos(const CVelStrBase& sub, int from) const noexcept {
+    const int n = sub.GetLength();
+    const int last = GetLength() - n;
+    if (from < 0) from = 0;
+    if (n == 0) return from < GetLength() ? from : npos;
+    const T* text = c_str();
+    const T first = sub[0];
+    for (int i = from; i <= last; ++i) {
+        if (text[i] == first && std::memcmp(text + i, sub.c_str(), n * sizeof(T)) == 0) return i;
+    }
+    return npos;
+}
+
+template <typename T, typename D>
+int CVelStrBase<T, D>::Pos(T ch, int from) const noexcept {
+    const T* text = c_str();
+    for (int i = from < 0 ? 0 : from; i < GetLength(); ++i) {
+        if (text[i] == ch) return i;
+    }
+    return npos;
+}
+
+template <typename T, typename D>
+int CVelStrBase<T, D>::Compare(const CVelStrBase& other, int count, bool foldCase) const noexcept {
+    auto fold = [foldCase](T ch) -> T {
+        return (foldCase && ch >= T('a') && ch <= T('z')) ? T(ch - T('a') + T('A')) : ch;
+    };
+    for (int i = 0; i < count; ++i) {
+        const T a = i < GetLength() ? fold((*this)[i]) : T();
+        const T b = i < other.GetLength() ? fold(other[i]) : T();
+        if (a != b)
+            return static_cast<std::make_unsigned_t<T>>(a) < static_cast<std::make_unsigned_t<T>>(b)
+                       ? -1
+                       : 1;
+        if (a == T()) return 0;
+    }
+    return 0;
+}
+
+template <typename T, typename D>
+D CVelStrBase<T, D>::SubStr(int first, int count) const {
+    const int length = GetLength();
+    if (first < 0) first = 0;
+    if (first >= length) return D();
+    if (count < 0 || count > length - first) count = length - first;
+    if (first == 0 && count == length) return static_cast<const D&>(*this);
+    return D(c_str() + first, count);
+}
+
+template <typename T, typename D>
+D& CVelStrBase<T, D>::Upper() {
+    for (int i = 0; i < GetLength(); ++i) {
+        const T ch = (*this)[i];
+        if (ch >= T('a') && ch <= T('z')) SetAt(i, T(ch - T('a') + T('A')));
+    }
+    return Self();
+}
+
+template <typename T, typename D>
+std::size_t CVelStrBase<T, D>::Hash() const noexcept {
+    std::uint64_t h = 1469598103934665603ULL;  // FNV-1a
+    const T* text = c_str();
+    for (int i = 0; i < GetLength(); ++i) {
+        h = (h ^ static_cast<std::make_unsigned_t<T>>(text[i])) * 1099511628211ULL;
+    }
+    return static_cast<std::size_t>(h);
+}
+
+template <typename T, typename D>
+bool CVelStrBase<T, D>::Less(const CVelStrBase& a, const CVelStrBase& b) noexcept {
+    const int n = a.GetLength() < b.GetLength() ? a.GetLength() : b.GetLength();
+    for (int i = 0; i < n; ++i) {
+        const auto x = static_cast<std::make_unsigned_t<T>>(a[i]);
+        const auto y = static_cast<std::make_unsigned_t<T>>(b[i]);
+        if (x != y) return x < y;
+    }
+    return a.GetLength() < b.GetLength();
+}
+
+}  // namespace velstr
+
+namespace vx {
+using velstr::CVelStr;
+using velstr::CVelStrW;
+}  // namespace vx
+
+template <>
+struct std::hash<velstr::CVelStrW> {
+    std::size_t operator()(const velstr::CVelStrW& s) const noexcept { return s.Hash(); }
+};

@@ -1,0 +1,80 @@
+#include <gtest/gtest.h>
+
+#include <string_view>
+
+#include "vx/text/CharClasses.h"
+
+namespace {
+
+namespace chars = vx::chars;
+
+bool Bit(const chars::Bitmap& map, unsigned offset) {
+    return (map.words[offset / 32] >> (offset % 32)) & 1u;
+}
+
+int CountRuns(const chars::Bitmap& map) {
+    int runs = 0;
+    for (unsigned offset = 0; offset <= unsigned(map.high - map.low); ++offset) {
+        if (Bit(map, offset) && (offset == 0 || !Bit(map, offset - 1))) ++runs;
+    }
+    return runs;
+}
+
+TEST(CharClassesTest, BitmapsMatchTheStandardsLists) {
+    struct Expected {
+        const chars::Bitmap& map;
+        char16_t low, high;
+        int words, runs;
+    } table[] = {{chars::kBaseCharBitmap, 0x41, 0xD7A3, 1724, 201},
+                 {chars::kDigitBitmap, 0x30, 0xF29, 120, 15},
+                 {chars::kCombiningCharBitmap, 0x300, 0x309A, 365, 86},
+                 {chars::kExtenderBitmap, 0xB7, 0x30FE, 387, 10}};
+    for (const Expected& e : table) {
+        EXPECT_EQ(e.map.low, e.low);
+        EXPECT_EQ(e.map.high, e.high);
+        EXPECT_EQ(e.map.wordCount, e.words);
+        EXPECT_EQ(e.map.wordCount, (e.high - e.low) / 32 + 1);
+        EXPECT_EQ(CountRuns(e.map), e.runs) << std::hex << int(e.low);
+        EXPECT_TRUE(e.map.Contains(e.low));
+        EXPECT_TRUE(e.map.Contains(e.high));
+        EXPECT_FALSE(e.map.Contains(e.low - 1));
+        EXPECT_FALSE(e.map.Contains(e.high + 1));
+    }
+}
+
+TEST(CharClassesTest, Char) {
+    for (char16_t ch : {0x0, 0x8, 0xB, 0xC, 0x1F, 0xD800, 0xDFFF, 0xFFFE, 0xFFFF}) {
+        EXPECT_FALSE(chars::IsChar(ch)) << std::hex << int(ch);
+    }
+    for (char16_t ch : {0x9, 0xA, 0xD, 0x20, 0xD7FF, 0xE000, 0xFFFD}) {
+        EXPECT_TRUE(chars::IsChar(ch)) << std::hex << int(ch);
+    }
+}
+
+TEST(CharClassesTest, NamesAndLetters) {
+    EXPECT_TRUE(chars::IsBaseChar(0x41));
+    EXPECT_TRUE(chars::IsBaseChar(0xD7A3));
+    EXPECT_FALSE(chars::IsBaseChar(0x40));
+    EXPECT_FALSE(chars::IsBaseChar(0xD7A4));
+    EXPECT_FALSE(chars::IsBaseChar(0x5B));  // between the two ASCII runs
+    EXPECT_FALSE(chars::IsBaseChar(0xD7));  // the multiplication sign
+    for (char16_t ch : {0x4E00, 0x9FA5, 0x3007, 0x3021, 0x3029, 0x3042}) {
+        EXPECT_TRUE(chars::IsLetter(ch)) << std::hex << int(ch);
+    }
+    EXPECT_FALSE(chars::IsLetter(0x3020));
+    EXPECT_FALSE(chars::IsLetter(0x302A));  // a combining mark, not an ideograph
+    EXPECT_TRUE(chars::IsCombiningChar(0x302A));
+
+    for (char16_t ch : std::u16string_view(u".-_:0123456789\u0660\u00B7\u0300")) {
+        EXPECT_TRUE(chars::IsNameChar(ch)) << std::hex << int(ch);
+    }
+    for (char16_t ch : {u' ', u'/', u'>', u'\0', char16_t(0xFF10)}) {
+        EXPECT_FALSE(chars::IsNameChar(ch)) << std::hex << int(ch);
+    }
+    EXPECT_TRUE(chars::IsDigit(u'7'));
+    EXPECT_FALSE(chars::IsDigit(0xFF10));  // the full-width zero is not listed
+    EXPECT_TRUE(chars::IsExtender(0x3005));
+    EXPECT_FALSE(chars::IsExtender(0x3006));
+}
+
+}  // namespace

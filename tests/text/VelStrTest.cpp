@@ -1,0 +1,197 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+
+#include "vx/platform/Logger.h"
+#include "vx/text/StringBuffer.h"
+#include "vx/text/VelStr.h"
+
+namespace {
+
+using velstr::CVelStr;
+using velstr::CVelStrW;
+
+// Points the file logger at a fresh temporary file for the life of the object.
+class LogCapture {
+  public:
+    LogCapture()
+        : m_path(testing::TempDir() + "vx_text_" +
+                 testing::UnitTest::GetInstance()->current_test_info()->name() + ".log") {
+        std::remove(m_path.c_str());
+        EXPECT_TRUE(vel::FileLogger_Open(m_path.c_str()));
+    }
+    ~LogCapture() {
+        vel::FileLogger_Close();
+        std::remove(m_path.c_str());
+    }
+    std::string Text() {
+        vel::FileLogger_Close();
+        std::ifstream in(m_path);
+        std::stringstream content;
+        content << in.rdbuf();
+        return content.str();
+    }
+
+  private:
+    std::string m_path;
+};
+
+std::string Bytes(const CVelStr& s) {
+    return std::string(s.c_str(), s.GetLength());
+}
+
+TEST(VelStrTest, CopiesShareUntilWritten) {
+    CVelStrW a(u"shared text");
+    CVelStrW b = a;
+    EXPECT_EQ(a.c_str(), b.c_str());
+    b.SetAt(0, u'S');
+    EXPECT_NE(a.c_str(), b.c_str());
+    EXPECT_EQ(a, CVelStrW(u"shared text"));
+    EXPECT_EQ(b, CVelStrW(u"Shared text"));
+
+    CVelStrW self(u"abc");
+    self += self;
+    EXPECT_EQ(self, CVelStrW(u"abcabc"));
+    self += self.c_str() + 4;  // a piece of its own buffer, forcing a reallocation
+    EXPECT_EQ(self, CVelStrW(u"abcabcbc"));
+
+    // A shared text asked for a shorter buffer keeps the other copy intact.
+    CVelStrW long1(u"0123456789abcdef");
+    CVelStrW long2 = long1;
+    char16_t* buffer = long2.GetBuffer(3);
+    buffer[0] = u'x';
+    EXPECT_EQ(long2, CVelStrW(u"x12"));
+    EXPECT_EQ(long1, CVelStrW(u"0123456789abcdef"));
+
+    EXPECT_EQ(CVelStrW()[0], u'\0');
+    EXPECT_EQ(CVelStrW().GetLength(), 0);
+    EXPECT_STREQ(CVelStr().c_str(), "");
+}
+
+TEST(VelStrTest, ComparesByCodeUnit) {
+    EXPECT_TRUE(CVelStrW(u"a") < CVelStrW(u"b"));
+    EXPECT_TRUE(CVelStrW(u"ab") < CVelStrW(u"abc"));
+    EXPECT_TRUE(CVelStrW(u"z") < CVelStrW(u"\xFF21"));
+    EXPECT_TRUE(CVelStr("z") < CVelStr("\xC3\xA9"));  // bytes compare unsigned
+    EXPECT_FALSE(CVelStrW(u"b") < CVelStrW(u"b"));
+    EXPECT_TRUE(CVelStrW(u"x") != CVelStrW(u"X"));
+    EXPECT_TRUE(CVelStr("x") == CVelStr('x'));
+}
+
+TEST(VelStrTest, StringBufferAppendsAndHandsOut) {
+    velstr::CVelStringBuffer<CVelStrW> buffer;
+    buffer.Append(CVelStrW(u"<a"));
+    buffer.Append(u'>');
+    const CVelStrW first = buffer.ToString();
+    buffer.Append(CVelStrW(u"</a>"));
+    EXPECT_EQ(first, CVelStrW(u"<a>"));
+    EXPECT_EQ(buffer.ToString(), CVelStrW(u"<a></a>"));
+}
+
+TEST(VelStrTest, ConvRetCodeRewritesEveryLineEnd) {
+    const CVelStrW mixed(u"a\rb\nc\r\nd\r");
+    struct Case {
+        const char16_t* lineEnd;
+        const char16_t* expected;
+    } cases[] = {
+        {u"\r\n", u"a\r\nb\r\nc\r\nd\r\n"}, {u"\n", u"a\nb\nc\nd\n"}, {u"\r", u"a\rb\rc\rd\r"}};
+    for (const Case& c : cases) {
+        CVelStrW text = mixed;
+        text.ConvRetCode(c.lineEnd);
+        EXPECT_EQ(text, CVelStrW(c.expected));
+    }
+
+    // Only pairs already: the shared buffer is kept.
+    const CVelStrW pairs(u"x\r\ny\r\n");
+    CVelStrW copy = pairs;
+    copy.ConvRetCode(u"\r\n");
+    EXPECT_EQ(copy.c_str(), pairs.c_str());
+}
+
+TEST(VelStrTest, ConvRetCodeRejectsOtherLineEnds) {
+    LogCapture log;
+    for (const char16_t* bad : {u"\n\r", u"", u"\r\r", u"x"}) {
+        CVelStrW text(u"a\nb");
+        const char16_t* before = text.c_str();
+        try {
+            text.ConvRetCode(bad);
+            ADD_FAILURE() << "no exception";
+        } catch (const std::exception& e) {
+            EXPECT_STREQ(e.what(), "CVelStrBase<T>::ConvRetCode");
+        }
+        EXPECT_EQ(text.c_str(), before);
+        EXPECT_EQ(text, CVelStrW(u"a\nb"));
+    }
+    const std::string logged = log.Text();
+    EXPECT_NE(logged.find("ConvRetCode: 引数が異常です。retcode='\n\r'"), std::string::npos);
+    EXPECT_NE(logged.find("引数が異常です。retcode='x'"), std::string::npos);
+}
+
+TEST(VelStrTest, NarrowRangeConstructorIsInclusive) {
+    const CVelStr text("0123456789abcdefghij");
+    EXPECT_EQ(Bytes(CVelStr(text, 10, 14)), "abcde");
+    EXPECT_EQ(Bytes(CVelStr(text, -5, 2)), "012");
+    EXPECT_EQ(Bytes(CVelStr(text, 17, -1)), "hij");
+    EXPECT_EQ(Bytes(CVelStr(text, 18, 99)), "ij");
+    EXPECT_EQ(Bytes(CVelStr(text, 25, 30)), "");
+    EXPECT_EQ(Bytes(CVelStr(text, 5, 4)), "");
+}
+
+TEST(VelStrTest, Utf8Conversion) {
+    const CVelStrW wide(u"A\u00E9\u65E5\U0001F600");
+    const CVelStr narrow(wide);
+    EXPECT_EQ(Bytes(narrow), "A\xC3\xA9\xE6\x97\xA5\xF0\x9F\x98\x80");
+    EXPECT_EQ(CVelStrW(narrow), wide);
+    EXPECT_EQ(CVelStrW(narrow).GetLength(), 5);  // the pair stays two units
+
+    LogCapture log;
+    const char16_t lone[] = {u'a', 0xD800, u'b', 0xDC00, 0};
+    EXPECT_EQ(Bytes(CVelStr(CVelStrW(lone))),
+              "a\xEF\xBF\xBD"
+              "b\xEF\xBF\xBD");
+    EXPECT_EQ(CVelStrW(CVelStr("x\xFFy\xE6\x97")), CVelStrW(u"x\uFFFDy\uFFFD\uFFFD"));
+    const std::string logged = log.Text();
+    EXPECT_NE(logged.find("CVelStr::CVelStr(const CVelStrW&): cannot converted !!"),
+              std::string::npos);
+    EXPECT_NE(logged.find("CVelStrW::CVelStrW(const CVelStr&): cannot converted !!"),
+              std::string::npos);
+}
+
+TEST(VelStrTest, Format) {
+    CVelStrW wide;
+    wide.Format(u"%s=%d [%08x] %5d%% %c", u"name", -42, 0xBEEFu, 7, u'\u3042');
+    EXPECT_EQ(wide, CVelStrW(u"name=-42 [0000beef]     7% \u3042"));
+    CVelStr narrow;
+    narrow.Format("%s(%d): %08x", "unit", 12, 255u);
+    EXPECT_EQ(Bytes(narrow), "unit(12): 000000ff");
+}
+
+TEST(VelStrTest, SearchCompareAndSlice) {
+    const CVelStrW text(u"encoding=\"UTF-8\"");
+    EXPECT_EQ(text.Pos(u"\""), 9);
+    EXPECT_EQ(text.Pos(u"\"", 10), 15);
+    EXPECT_EQ(text.Pos(u"utf"), CVelStrW::npos);
+    EXPECT_EQ(text.Pos(u"8\"x"), CVelStrW::npos);  // would run past the end
+    EXPECT_EQ(text.Pos(u'='), 8);
+
+    EXPECT_EQ(text.Strncmp(u"encodingX", 8), 0);
+    EXPECT_LT(text.Strncmp(u"f", 1), 0);
+    EXPECT_GT(CVelStrW(u"abc").Strncmp(u"ab", 3), 0);  // the shorter ends first
+    EXPECT_EQ(CVelStrW(u"uTf-8").Strnicmp(u"UTF-8", 5), 0);
+    EXPECT_NE(CVelStrW(u"\u00E9").Strnicmp(u"\u00C9", 1), 0);  // ASCII letters only
+
+    CVelStrW upper(u"shift_jis-\u00E9");
+    EXPECT_EQ(upper.Upper(), CVelStrW(u"SHIFT_JIS-\u00E9"));
+
+    EXPECT_EQ(text.SubStr(10, 5), CVelStrW(u"UTF-8"));
+    EXPECT_EQ(text.SubStr(10), CVelStrW(u"UTF-8\""));
+    EXPECT_EQ(text.SubStr(-3, 3), CVelStrW(u"enc"));
+    EXPECT_EQ(text.SubStr(99), CVelStrW());
+    EXPECT_EQ(text.SubStr(0).c_str(), text.c_str());
+}
+
+}  // namespace

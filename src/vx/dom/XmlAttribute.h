@@ -1,0 +1,27 @@
+#pragma once
+// One name and value pair of an element. Names and values are interned, so equal ones share
+// one buffer across all documents.
+#include "vx/dom/XmlBaseObject.h"
+
+namespace vx {
+
+class CXmlAttribute : public CXmlBaseObject {
+  public:
+    explicit CXmlAttribute(CXmlBaseObject* parent) : CXmlBaseObject(parent) {}
+
+    eXmlClassType GetClassType() const override { return eXmlAttributeType; }
+    void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
+    void ConvertReturnCode(const CVelStrW& lineEnd) override;
+
+    CVelStrW GetName() const { return m_name; }
+    CVelStrW GetValue() const { return m_value; }
+    // Neither checks its argument's syntax.
+    void SetName(const CVelStrW& name);
+    void SetValue(const CVelStrW& value);
+
+  private:
+    CVelStrW m_name;
+    CVelStrW m_value;
+};
+
+}  // namespace vx

@@ -1,0 +1,77 @@
+#pragma once
+// The element node: a name, attributes in the order first set, and a container of content.
+#include "vx/diag/ParseError.h"
+#include "vx/dom/XmlAttribute.h"
+#include "vx/dom/XmlListContainer.h"
+#include "vx/text/SmallVector.h"
+
+namespace vx {
+
+class CXmlElement : public CXmlTextObject {
+  public:
+    // Matches an attribute by exact name.
+    class CAttByName {
+      public:
+        explicit CAttByName(const CVelStrW& name) : m_name(name) {}
+        bool operator()(const CXmlAttribute& attribute) const {
+            return attribute.GetName() == m_name;
+        }
+
+      private:
+        CVelStrW m_name;
+    };
+
+    explicit CXmlElement(CXmlBaseObject* parent);
+    // Deep copies; the target keeps its own parent.
+    CXmlElement(const CXmlElement& other);
+    CXmlElement& operator=(const CXmlElement& other);
+
+    eXmlClassType GetClassType() const override { return eXmlElementType; }
+    void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
+    void ConvertReturnCode(const CVelStrW& lineEnd) override;
+    // All character content below this element, in document order.
+    CVelStrW GetText() const override;
+    // Replaces all children by one character-data node holding text (even when text is empty).
+    void SetText(const CVelStrW& text);
+
+    CVelStrW GetName() const { return m_name; }
+    void SetName(const CVelStrW& name);
+
+    // Stores a copy of attribute under name (name wins over the attribute's own); an existing
+    // attribute of that name keeps its position and takes the new value.
+    void SetAtt(const CVelStrW& name, const CXmlAttribute& attribute);
+    // A copy of the attribute, or a parentless one with that name and an empty value.
+    CXmlAttribute GetAtt(const CVelStrW& name) const;
+    // Appends the attribute names to names, which is deliberately not emptied first.
+    void GetAttNameList(CSmallVector<CVelStrW>& names) const;
+
+    CXmlListContainer& GetChildren() noexcept { return m_children; }
+    const CXmlListContainer& GetChildren() const noexcept { return m_children; }
+
+    CXmlElement* GetFirstChildElement();
+    const CXmlElement* GetFirstChildElement() const;
+    CXmlElement* GetFirstChildElement(const CVelStrW& name);
+    const CXmlElement* GetFirstChildElement(const CVelStrW& name) const;
+    CXmlElement* GetNextElement();
+    const CXmlElement* GetNextElement() const;
+    CXmlElement* GetNextElement(const CVelStrW& name);
+    const CXmlElement* GetNextElement(const CVelStrW& name) const;
+    // The element whose container holds this one, or null.
+    CXmlElement* GetParentElement();
+    const CXmlElement* GetParentElement() const;
+    int GetElementCount(const CVelStrW& name) const;
+
+    // Parses text as a fragment into this element (defined by the parser). False, with this
+    // element unchanged, when the fragment has any diagnostic; errors (may be null) gets them.
+    bool ParseFromMemory(const CVelStrW& text, CParseErrorList* errors);
+
+  private:
+    // Attributes lose their parent whenever the vector copies them.
+    void AdoptAttributes() noexcept;
+
+    CSmallVector<CXmlAttribute> m_attributes;
+    CXmlListContainer m_children;
+    CVelStrW m_name;
+};
+
+}  // namespace vx

@@ -68,6 +68,10 @@ class CXmlDtd : public CXmlBaseObject {
                        CXmlParsedEntity* content);
     bool hasInternalGE(const CVelStrW& name) const { return m_internalGEs.contains(name); }
     bool hasExternalGE(const CVelStrW& name) const { return m_externalGEs.contains(name); }
+    // Every external entity's content by name (entries may be null); the DTD keeps ownership.
+    const std::map<CVelStrW, CXmlParsedEntity*>& getExternalGEContents() const {
+        return m_externalGEContents;
+    }
 
   private:
     CVelStrW m_name;

@@ -1,0 +1,94 @@
+// Names, character runs, attributes and attribute values.
+#include "vx/dom/NameCache.h"
+#include "vx/parse/Expressions.h"
+#include "vx/parse/Parse.h"
+#include "vx/parse/ReferenceExpansion.h"
+
+namespace vx {
+
+bool CParseChars::Interpreter(CParse& parser, int start, int& end) {
+    const CVelStrW& src = parser.Source();
+    m_text.Clear();
+    end = start;
+    while (end < src.GetLength() && IsChar(src[end]))
+        ++end;
+    if (end > start) m_text = src.SubStr(start, end - start);
+    return true;
+}
+
+bool CParseName::Interpreter(CParse& parser, int start, int& end) {
+    const CVelStrW& src = parser.Source();
+    const int length = src.GetLength();
+    m_name.Clear();
+    if (start >= length) return Absent(start, end);
+    const char16_t first = src[start];
+    if (!IsLetter(first) && first != u'_' && first != u':') return Absent(start, end);
+    end = start + 1;
+    while (end < length && IsNameChar(src[end]))
+        ++end;
+    m_name = NameCache().Intern(src.SubStr(start, end - start));
+    return true;
+}
+
+bool CParseAttribute::Interpreter(CParse& parser, int start, int& end) {
+    const CVelStrW& src = parser.Source();
+    CParseName name;
+    int pos = start;
+    if (!TryMatch(name, parser, pos)) return Absent(start, end);
+    m_name = AttributeNameCache().Intern(name.GetName());
+    pos = SkipWhiteSpace(src, pos);
+    if (!AcceptChar(src, pos, u'=')) return Fail(parser, CParseError::eErrNoEq, pos, end);
+    pos = SkipWhiteSpace(src, pos);
+    // A value that is absent altogether is accepted as empty, deliberately.
+    if (!m_value.Interpreter(parser, pos, end)) {
+        return Fail(parser, CParseError::eErrAttValue, end, end);
+    }
+    return true;
+}
+
+bool CParseAttValue::Interpreter(CParse& parser, int start, int& end) {
+    const CVelStrW& src = parser.Source();
+    const CDelimitedRun literal = MatchQuotedLiteral(src, start);
+    if (literal.state == CDelimitedRun::eAbsent) return Absent(start, end);
+    if (literal.state == CDelimitedRun::eUnterminated) {
+        return Fail(parser, CParseError::eErrAttValueEnd, literal.first, end);
+    }
+    bool sawReference = false;
+    if (!ScanReferences(parser, literal.first, literal.close, sawReference, end)) return false;
+    CVelStrW value = src.SubStr(literal.first, literal.Length());
+    if (sawReference) {
+        CVelStrW expanded;
+        if (!ConvertReferenceForString(expanded, value, parser.GetDtd())) {
+            return Fail(parser, CParseError::eErrUndefinedEntity, start, end);
+        }
+        value = expanded;
+    }
+    m_value = AttributeValueCache().Intern(value);
+    end = literal.close + 1;
+    return true;
+}
+
+// Checks the references of source[first, last) and refuses "<".
+bool CParseAttValue::ScanReferences(CParse& parser, int first, int last, bool& sawReference,
+                                    int& end) {
+    const CVelStrW& src = parser.Source();
+    for (int pos = first; pos < last;) {
+        const char16_t ch = src[pos];
+        if (ch == u'<') return Fail(parser, CParseError::eErrUnexpectedChar, pos, end);
+        if (ch != u'&') {
+            ++pos;
+            continue;
+        }
+        // A malformed reference is reported by the reference and again here, on purpose.
+        CParseReference reference;
+        int next = pos;
+        if (!reference.Interpreter(parser, pos, next)) {
+            return Fail(parser, CParseError::eErrReference, next, end);
+        }
+        sawReference = true;
+        pos = next > pos ? next : pos + 1;
+    }
+    return true;
+}
+
+}  // namespace vx

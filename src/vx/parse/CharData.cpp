@@ -1,0 +1,132 @@
+// The text inside elements: character data, CDATA sections, entity and character references.
+#include <algorithm>
+#include <cstdlib>
+
+#include "vx/parse/Expressions.h"
+#include "vx/parse/Parse.h"
+
+namespace vx {
+
+// ---- character data ----
+
+bool CParseCharData::Interpreter(CParse& parser, int start, int& end) {
+    const CVelStrW& src = parser.Source();
+    const CVelStrW& cdataClose = Keywords().cdataClose;
+    end = start;
+    for (; end < src.GetLength(); ++end) {
+        const char16_t ch = src[end];
+        if (ch == u'<' || ch == u'&' || (ch == u']' && src.MatchAt(end, cdataClose))) break;
+    }
+    if (end > start) m_text = src.SubStr(start, end - start);
+    return true;
+}
+
+// ---- CDATA sections ----
+
+bool CParseCDStart::Interpreter(CParse& parser, int start, int& end) {
+    end = start;
+    AcceptKeyword(parser.Source(), end, Keywords().cdataOpen);
+    return true;
+}
+
+bool CParseCData::Interpreter(CParse& parser, int start, int& end) {
+    const CVelStrW& src = parser.Source();
+    const int close = src.Pos(Keywords().cdataClose, start);
+    if (close < 0) return Fail(parser, CParseError::eErrCDEnd, start, end);
+    m_text = src.SubStr(start, close - start);
+    end = close;
+    return true;
+}
+
+bool CParseCDEnd::Interpreter(CParse& parser, int start, int& end) {
+    end = start;
+    AcceptKeyword(parser.Source(), end, Keywords().cdataClose);
+    return true;
+}
+
+bool CParseCDSect::Interpreter(CParse& parser, int start, int& end) {
+    CParseCDStart open;
+    int pos = start;
+    if (!TryMatch(open, parser, pos)) return Absent(start, end);
+    // An unterminated section is reported by the text and again by the section, on purpose.
+    CParseCData text;
+    int textEnd = pos;
+    if (text.Interpreter(parser, pos, textEnd)) pos = textEnd;
+    CParseCDEnd close;
+    if (!TryMatch(close, parser, pos)) return Fail(parser, CParseError::eErrCDEnd, pos, end);
+    m_text = text.GetCData();
+    end = pos;
+    return true;
+}
+
+// ---- references ----
+
+// The character reference is tried first, on purpose (the reverse of the members' order).
+bool CParseReference::Interpreter(CParse& parser, int start, int& end) {
+    if (!m_charRef.Interpreter(parser, start, end)) {
+        return Fail(parser, CParseError::eErrReference, end, end);
+    }
+    if (end > start) {
+        m_kind = eCharRef;
+        return true;
+    }
+    if (!m_entityRef.Interpreter(parser, start, end)) {
+        return Fail(parser, CParseError::eErrReference, end, end);
+    }
+    if (end > start) m_kind = eEntityRef;
+    return true;
+}
+
+bool CParseEntityRef::Interpreter(CParse& parser, int start, int& end) {
+    const CVelStrW& src = parser.Source();
+    int pos = start;
+    if (!AcceptChar(src, pos, u'&')) return Absent(start, end);
+    if (pos == src.GetLength()) return Fail(parser, CParseError::eErrUnexpectedEnd, pos, end);
+    CParseName name;
+    if (!TryMatch(name, parser, pos)) return Fail(parser, CParseError::eErrNoEntityName, pos, end);
+    if (pos == src.GetLength()) return Fail(parser, CParseError::eErrUnexpectedEnd, pos, end);
+    if (!AcceptChar(src, pos, u';')) return Fail(parser, CParseError::eErrEntityRefEnd, pos, end);
+    m_name = name.GetName();
+    end = pos;
+    return true;
+}
+
+namespace {
+
+bool IsHexDigit(char16_t ch) {
+    return (ch >= u'0' && ch <= u'9') || (ch >= u'a' && ch <= u'f') || (ch >= u'A' && ch <= u'F');
+}
+
+bool IsDecimalDigit(char16_t ch) {
+    return ch >= u'0' && ch <= u'9';
+}
+
+}  // namespace
+
+bool CParseCharRef::Interpreter(CParse& parser, int start, int& end) {
+    const CVelStrW& src = parser.Source();
+    const bool hex = src.MatchAt(start, Keywords().hexCharRefOpen);
+    if (!hex && !src.MatchAt(start, Keywords().charRefOpen)) return Absent(start, end);
+    const int first = start + (hex ? 3 : 2);
+    int pos = first;
+    while (pos < src.GetLength() && (hex ? IsHexDigit(src[pos]) : IsDecimalDigit(src[pos])))
+        ++pos;
+    // A reference cut off by the end of the source is absent, not an error (deliberate).
+    if (pos == src.GetLength()) return Absent(start, end);
+    if (src[pos] != u';' || pos == first) return Fail(parser, CParseError::eErrCharRef, pos, end);
+    m_digits = src.SubStr(start + 2, pos - start - 2);  // with the "x" of a hexadecimal one
+    end = pos + 1;
+    return true;
+}
+
+CVelStrW CParseCharRef::ToStr() const {
+    if (m_digits.IsEmpty()) return {};
+    const bool hex = m_digits[0] == u'x';
+    const CVelStr digits(hex ? m_digits.SubStr(1) : m_digits);
+    // Read as a 32-bit long would: larger values saturate.
+    const long value = std::min(std::strtol(digits.c_str(), nullptr, hex ? 16 : 10), 0x7FFFFFFFL);
+    if (value == 0) return {};
+    return CVelStrW(static_cast<char16_t>(value & 0xFFFF));
+}
+
+}  // namespace vx

@@ -1,0 +1,227 @@
+// Elements: the tags, the content and the element itself.
+#include <memory>
+#include <utility>
+
+#include "vx/dom/NameCache.h"
+#include "vx/parse/Expressions.h"
+#include "vx/parse/Parse.h"
+
+namespace vx {
+
+namespace {
+
+// A tag that does not close where it should: code 15 inside the source, 19 at its end.
+bool FailUnclosed(CParse& parser, int pos, int& end) {
+    const bool atEnd = pos >= parser.Source().GetLength();
+    return Fail(parser, atEnd ? CParseError::eErrUnexpectedEnd : CParseError::eErrUnexpectedChar,
+                pos, end);
+}
+
+// "<" or "</" and a name: the element name interned, or false when there is none.
+bool MatchTagName(CParse& parser, int& pos, const CVelStrW& open, CVelStrW& name) {
+    CParseName match;
+    if (!AcceptKeyword(parser.Source(), pos, open) || !TryMatch(match, parser, pos)) return false;
+    name = ElementNameCache().Intern(match.GetName());
+    return true;
+}
+
+template <class T>
+std::unique_ptr<T> DeepCopy(const std::unique_ptr<T>& source) {
+    return source ? std::make_unique<T>(*source) : nullptr;
+}
+
+}  // namespace
+
+// ---- tags ----
+
+bool CParseTag::MatchTag(CParse& parser, int start, int& end, const CVelStrW& closer,
+                         const CVelStrW& other) {
+    const CVelStrW& src = parser.Source();
+    m_name.Clear();
+    m_attributes.Clear();
+    int pos = start;
+    if (!MatchTagName(parser, pos, Keywords().tagOpen, m_name)) {
+        return Absent(start, end);
+    }
+    if (!MatchAttributes(parser, pos, end)) return false;
+    pos = SkipWhiteSpace(src, pos);
+    if (AcceptKeyword(src, pos, closer)) {
+        end = pos;
+        return true;
+    }
+    if (src.MatchAt(pos, other)) return Absent(start, end);
+    return FailUnclosed(parser, pos, end);
+}
+
+// (S Attribute)*, leaving pos before the white space that no attribute follows.
+bool CParseTag::MatchAttributes(CParse& parser, int& pos, int& end) {
+    const CVelStrW& src = parser.Source();
+    while (pos < src.GetLength()) {
+        int next = SkipWhiteSpace(src, pos);
+        if (next == pos) break;
+        CParseAttribute attribute;
+        if (!TryMatch(attribute, parser, next)) break;
+        for (const CParseAttribute& earlier : m_attributes) {
+            if (earlier.GetName() == attribute.GetName()) {
+                return Fail(parser, CParseError::eErrDuplicateAtt, next, end);
+            }
+        }
+        m_attributes.PushBack(std::move(attribute));
+        pos = next;
+    }
+    return true;
+}
+
+bool CParseSTag::Interpreter(CParse& parser, int start, int& end) {
+    return MatchTag(parser, start, end, Keywords().tagClose, Keywords().emptyTagClose);
+}
+
+bool CParseEmptyElemTag::Interpreter(CParse& parser, int start, int& end) {
+    return MatchTag(parser, start, end, Keywords().emptyTagClose, Keywords().tagClose);
+}
+
+bool CParseETag::Interpreter(CParse& parser, int start, int& end) {
+    m_name.Clear();
+    int pos = start;
+    if (!MatchTagName(parser, pos, Keywords().endTagOpen, m_name)) return Absent(start, end);
+    pos = SkipWhiteSpace(parser.Source(), pos);
+    if (!AcceptChar(parser.Source(), pos, u'>')) return FailUnclosed(parser, pos, end);
+    end = pos;
+    return true;
+}
+
+// ---- content ----
+
+CParseContent::CParseContent(const CParseContent& other) : CAbstractExpression(other) {
+    try {
+        CopyListToList(m_children, other.m_children);
+    } catch (...) {
+        Clear();
+        throw;
+    }
+}
+
+CParseContent& CParseContent::operator=(const CParseContent& other) {
+    if (this != &other) {
+        Clear();
+        CopyListToList(m_children, other.m_children);
+    }
+    return *this;
+}
+
+CParseContent::~CParseContent() {
+    Clear();
+}
+
+void CParseContent::Clear() {
+    for (CAbstractExpression* child : m_children)
+        delete child;
+    m_children.Clear();
+}
+
+template <class Item>
+bool CParseContent::TryAppend(CParse& parser, int& pos) {
+    Item item;
+    if (!TryMatch(item, parser, pos)) return false;
+    if (!parser.IsRecordSuppressed()) {
+        auto owned = std::make_unique<Item>(std::move(item));
+        m_children.PushBack(owned.get());
+        owned.release();
+    }
+    return true;
+}
+
+// CharData? ((element | Reference | CDSect | PI | Comment) CharData?)*. A child that fails
+// ends the content where it began; the enclosing element then fails at its end tag, so one
+// nested error leaves one entry per enclosing element.
+bool CParseContent::Interpreter(CParse& parser, int start, int& end) {
+    Clear();
+    end = start;
+    TryAppend<CParseCharData>(parser, end);
+    while (end < parser.Source().GetLength()) {
+        const bool matched =
+            TryAppend<CParseElement>(parser, end) || TryAppend<CParseReference>(parser, end) ||
+            TryAppend<CParseCDSect>(parser, end) || TryAppend<CParsePI>(parser, end) ||
+            TryAppend<CParseComment>(parser, end);
+        if (!matched) break;
+        TryAppend<CParseCharData>(parser, end);
+    }
+    return true;
+}
+
+// ---- element ----
+
+CParseElement::CParseElement(const CParseElement& other) : CAbstractExpression(other) {
+    CopyMember(other);
+}
+
+CParseElement& CParseElement::operator=(const CParseElement& other) {
+    if (this != &other) CopyMember(other);
+    return *this;
+}
+
+void CParseElement::CopyMember(const CParseElement& other) {
+    m_form = other.m_form;
+    m_emptyElemTag = m_form == eEmptyElemTag ? DeepCopy(other.m_emptyElemTag) : nullptr;
+    m_sTag = m_form == eSTagContent ? DeepCopy(other.m_sTag) : nullptr;
+    m_eTag = m_form == eSTagContent ? DeepCopy(other.m_eTag) : nullptr;
+    m_content = m_form == eSTagContent ? DeepCopy(other.m_content) : nullptr;
+}
+
+const CParseEmptyElemTag* CParseElement::GetEmptyElemTag() const {
+    return m_form == eEmptyElemTag ? m_emptyElemTag.get() : nullptr;
+}
+
+const CParseSTag* CParseElement::GetSTag() const {
+    return m_form == eSTagContent ? m_sTag.get() : nullptr;
+}
+
+CParseContent* CParseElement::GetContent() const {
+    return m_form == eSTagContent ? m_content.get() : nullptr;
+}
+
+void CParseElement::ClearContent() {
+    if (CParseContent* content = GetContent()) content->Clear();
+}
+
+bool CParseElement::Interpreter(CParse& parser, int start, int& end) {
+    m_emptyElemTag.reset();
+    m_sTag.reset();
+    m_eTag.reset();
+    m_content.reset();
+    m_form = eNone;
+    CParseEmptyElemTag emptyElemTag;
+    int pos = start;
+    if (TryMatch(emptyElemTag, parser, pos)) {
+        CParse::CNestingScope level(parser);
+        m_emptyElemTag = std::make_unique<CParseEmptyElemTag>(std::move(emptyElemTag));
+        m_form = eEmptyElemTag;
+        end = pos;
+        return true;
+    }
+    return MatchSTagContentETag(parser, start, end);
+}
+
+bool CParseElement::MatchSTagContentETag(CParse& parser, int start, int& end) {
+    CParseSTag sTag;
+    int pos = start;
+    if (!TryMatch(sTag, parser, pos)) return Absent(start, end);
+    CParse::CNestingScope level(parser);
+    m_sTag = std::make_unique<CParseSTag>(std::move(sTag));
+    m_form = eSTagContent;
+    auto content = std::make_unique<CParseContent>();
+    if (TryMatch(*content, parser, pos)) m_content = std::move(content);
+    CParseETag eTag;
+    int eTagEnd = pos;
+    if (!eTag.Interpreter(parser, pos, eTagEnd)) {
+        return Fail(parser, CParseError::eErrNoETag, eTagEnd, end);
+    }
+    // A missing end tag has an empty name and lands here too: code 29, not 20, on purpose.
+    if (eTag.GetName() != m_sTag->GetName()) {
+        return Fail(parser, CParseError::eErrTagMismatch, pos, end);
+    }
+    end = eTagEnd;
+    return true;
+}
+
+}  // namespace vx

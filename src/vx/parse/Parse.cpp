@@ -1,0 +1,133 @@
+// The parse driver: file or buffer in, document out.
+#include "vx/parse/Parse.h"
+
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+#include "vx/dom/XmlDocument.h"
+#include "vx/platform/File.h"
+#include "vx/platform/Package.h"
+
+namespace vx {
+
+CParseError::eError CParse::LoadWideText(const CVelStr& fileName, CVelStrW& text) {
+    if (!vel::CVelFile().CreateFileA(fileName.c_str(), vel::CVelFile::eOpenRead)) {
+        return CParseError::eErrFileOpen;
+    }
+    bool supported = false;
+    vcc::eCodeType code = vcc::eUtf16LE;
+    if (!CParse::CheckCodeType(fileName, supported, code) || !supported) {
+        return CParseError::eErrCodeTypeDetect;
+    }
+    CVelStr bytes;
+    // Readable a moment ago: a failure now is reported like one to open.
+    if (!bytes.LoadFromFile(fileName.c_str())) return CParseError::eErrFileOpen;
+    int size = 0;
+    if (!vcc::GetBufSizeByByte(&size, bytes.GetLength(), code, vcc::eUtf16LE)) {
+        return CParseError::eErrNoMemory;
+    }
+    char16_t* buffer = text.GetBuffer(size / 2);
+    if (!vcc::ConvertTo(bytes.c_str(), bytes.GetLength(), code, buffer, &size, vcc::eUtf16LE)) {
+        return CParseError::eErrCodeConvert;
+    }
+    text.Truncate(size / 2);
+    return CParseError::eErrNone;
+}
+
+CParse::CParse() : m_dtd(new CXmlDtd(nullptr)) {}
+
+CParse::~CParse() {
+    delete m_dtd;
+}
+
+CParse::CNestingScope::CNestingScope(CParse& parser) : m_parser(parser) {
+    if (m_parser.m_depth >= GetNestingLimit()) throw std::runtime_error("dummy");
+    ++m_parser.m_depth;
+}
+
+CXmlDocument* CParse::ParseForFile(CVelStr fileName) {
+    return RunPublic(__LINE__, "CParse::ParseForFile", [&] {
+        auto parser = std::make_unique<CParse>();
+        auto document = std::make_unique<CXmlDocument>(nullptr);
+        CVelStrW text;
+        const CParseError::eError failure = LoadWideText(fileName, text);
+        if (failure == CParseError::eErrFileOpen) {
+            document->AddError(CParseError(failure, -1, -1, CVelStrW(fileName)));
+        } else if (failure != CParseError::eErrNone) {
+            document->AddError(failure);
+        } else {
+            document.reset(parser->ParseForBuf(std::move(text), fileName));
+        }
+        return document.release();
+    });
+}
+
+CXmlDocument* CParse::ParseForBuf(CVelStrW text) {
+    return RunPublic(__LINE__, "CParse::ParseForBuf", [&] {
+        CParse parser;
+        return parser.ParseForBuf(std::move(text), CVelStr());
+    });
+}
+
+CXmlDocument* CParse::ParseForBuf(CVelStrW text, CVelStr fileName) {
+    return RunPublic(__LINE__, "CParse::ParseForBuf", [&] {
+        auto document = std::make_unique<CXmlDocument>(nullptr);
+        m_fileName = std::move(fileName);
+        NormalizeRetCode(text);
+        SetSource(std::move(text));
+        if (Interpreter() == m_source.GetLength()) {
+            if (!MakeXmlTree(*document)) AddError(CParseError::eErrMakeTree);
+        } else {
+            AddError(CParseError::eErrParseStopped);
+        }
+        document->SetErrList(GetErrList());
+        return document.release();
+    });
+}
+
+int CParse::Interpreter() {
+    return RunPublic(__LINE__, "CParse::Interpreter", [&] { return MatchDocument(); });
+}
+
+// document: prolog element Misc*. The declaration is required, so a document without one gets
+// code 8 and is read from position 0 all the same.
+int CParse::MatchDocument() {
+    int end = 0;
+    int pos = 0;
+    if (TryMatch(m_xmlDecl, *this, pos)) end = pos;
+    if (TryMatch(m_prologMisc, *this, pos)) end = pos;
+    CParseDoctypedecl doctype;
+    if (TryMatch(doctype, *this, pos)) {
+        end = pos;
+        if (TryMatch(m_doctypeMisc, *this, pos)) end = pos;
+    }
+    int rootEnd = pos;
+    if (!m_root.Interpreter(*this, pos, rootEnd)) return end;
+    end = pos = rootEnd;
+    if (TryMatch(m_trailingMisc, *this, pos)) end = pos;
+    return end;
+}
+
+void CParse::AddError(CParseError::eError code) {
+    m_errors.PushBack(CParseError(code));
+}
+
+void CParse::AddError(CParseError::eError code, int position) {
+    if (!m_lineIndex) m_lineIndex = std::make_unique<CLineIndex>(m_source);
+    int line = 0;
+    int column = 0;
+    m_lineIndex->GetLineAndCol(position, line, column);
+    AddError(code, line, column);
+}
+
+void CParse::AddError(CParseError::eError code, int line, int column) {
+    m_errors.PushBack(CParseError(code, line, column, m_source));
+}
+
+void CParse::SetSource(CVelStrW text) {
+    m_source = std::move(text);
+    m_lineIndex.reset();
+}
+
+}  // namespace vx

@@ -1,0 +1,122 @@
+#pragma once
+// The reading side's entry point: a file or a wide buffer in, a new CXmlDocument out, holding
+// the tree and every diagnostic of the run. Malformed input never throws; exceptions (misuse,
+// nesting beyond GetNestingLimit()) are logged and passed on to the host.
+#include <memory>
+#include <utility>
+
+#include "vx/diag/ParseError.h"
+#include "vx/parse/Expressions.h"
+#include "vx/platform/CodeConv.h"
+#include "vx/platform/Guard.h"
+#include "vx/platform/Logger.h"
+#include "vx/text/CommonFunc.h"
+#include "vx/text/VelStr.h"
+
+namespace vx {
+
+class CXmlDocument;
+class CXmlDtd;
+class CXmlElement;
+class CXmlListContainer;
+class CXmlParsedEntity;
+
+class CParse {
+  public:
+    CParse();
+    CParse(const CParse&) = delete;
+    CParse& operator=(const CParse&) = delete;
+    virtual ~CParse();
+
+    // Each returns a new document, never null, owned by the caller.
+    static CXmlDocument* ParseForFile(CVelStr fileName);
+    static CXmlDocument* ParseForBuf(CVelStrW text);
+    // Adds to this parser's errors and productions: use a fresh parser for each document.
+    CXmlDocument* ParseForBuf(CVelStrW text, CVelStr fileName);
+
+    // The file's encoding from its first bytes and, for "<?xm", from the declaration's
+    // encoding="..." (exact, upper-cased). False when the file cannot be read far enough.
+    static bool CheckCodeType(CVelStr fileName, bool& supported, vcc::eCodeType& code);
+
+    // The document production over the source; the position after the last text matched.
+    int Interpreter();
+
+    void AddError(CParseError::eError code);
+    // position is an index into the source; the line index is built on first use.
+    void AddError(CParseError::eError code, int position);
+    void AddError(CParseError::eError code, int line, int column);
+    CParseErrorList GetErrList() const { return m_errors; }
+
+    CVelStrW GetSource() const { return m_source; }
+    // The file being parsed; empty for a buffer.
+    const CVelStr& GetFileName() const { return m_fileName; }
+    // What the productions read, in place.
+    const CVelStrW& Source() const { return m_source; }
+    // Replaces the text the productions read (an external subset is read by the same parser).
+    void SetSource(CVelStrW text);
+    CXmlDtd* GetDtd() const { return m_dtd; }
+
+    // Content is matched but not recorded while set. The library never sets it.
+    bool IsRecordSuppressed() const { return m_recordSuppressed; }
+    void SetRecordSuppressed(bool suppressed) { m_recordSuppressed = suppressed; }
+
+    // External entities named by a system literal, read for the document being parsed: a
+    // relative path is resolved against the document's directory, "file:///" is cut off and
+    // "http://" refused (code 61). Problems go to this parser's error list.
+    // The entity's content, owned by the caller, or null.
+    CXmlParsedEntity* ParseExtParsedEntityForFile(CVelStrW systemLiteral);
+    // Reads the external subset's declarations into this parser's DTD; true when all of the
+    // file matched.
+    bool ParseExtSussetEntityForFile(CVelStrW systemLiteral);
+
+    bool MakeXmlTree(CXmlDocument& document);
+    bool SetElementInfo(CXmlElement& element, CParseElement& source);
+    bool SetElementContentInfo(CXmlListContainer* target, CParseContent* content);
+
+    // One level of element nesting while the grammar recurses; a level deeper than
+    // GetNestingLimit() throws std::runtime_error("dummy").
+    class CNestingScope {
+      public:
+        explicit CNestingScope(CParse& parser);
+        ~CNestingScope() { --m_parser.m_depth; }
+        CNestingScope(const CNestingScope&) = delete;
+        CNestingScope& operator=(const CNestingScope&) = delete;
+
+      private:
+        CParse& m_parser;
+    };
+
+  private:
+    // The shape of every public operation: a logged scope, and the guard that logs an
+    // exception on its way to the host.
+    template <class Body>
+    static decltype(auto) RunPublic(int line, const char* function, Body&& body) {
+        vel::AutoFuncNameLogger scope("Parse", line, function);
+        return vel::Guarded("Parse", line, function, std::forward<Body>(body));
+    }
+
+    // A file's text as wide text, or the code of the step that failed.
+    static CParseError::eError LoadWideText(const CVelStr& fileName, CVelStrW& text);
+    // Runs production from 0 over the text of the file that systemLiteral names, as this
+    // parser's source; the source is restored afterwards. False unless all of it matched.
+    bool RunOnExternalFile(CAbstractExpression& production, const CVelStrW& systemLiteral);
+
+    int MatchDocument();
+    bool AppendReference(CXmlListContainer& target, const CParseReference& reference);
+    bool AppendEntity(CXmlListContainer& target, const CVelStrW& name);
+
+    CVelStr m_fileName;
+    CVelStrW m_source;
+    CParseErrorList m_errors;
+    CParseXMLDecl m_xmlDecl;
+    CParseMiscList m_prologMisc;
+    CParseMiscList m_doctypeMisc;
+    CParseElement m_root;
+    CParseMiscList m_trailingMisc;
+    CXmlDtd* m_dtd;  // owned
+    bool m_recordSuppressed = false;
+    std::unique_ptr<CLineIndex> m_lineIndex;  // of m_source, built on the first positioned error
+    int m_depth = 0;
+};
+
+}  // namespace vx

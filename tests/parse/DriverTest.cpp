@@ -1,0 +1,126 @@
+#include <fstream>
+
+#include "ParseTestUtil.h"
+#include "vx/platform/CodeConv.h"
+
+namespace {
+
+using namespace parsetest;
+
+TEST(Driver, ADeclarationIsRequiredButTheParseGoesOn) {
+    const Document bare = ParseBuf(u"<a/>");
+    EXPECT_EQ(Diags(bare->GetErrList()), (D{{8, 1, 1}}));
+    EXPECT_EQ(Text(bare->GetRootElement().GetName()), u"a");
+    EXPECT_EQ(DiagsOf(u""), (D{{8, 1, 1}, {28, 0, 0}, {27, 0, 0}}));
+
+    // A refused declaration is read again as a processing instruction.
+    const Document v11 = ParseBuf(u"<?xml version=\"1.1\"?><a/>");
+    EXPECT_EQ(Diags(v11->GetErrList()), (D{{11, 1, 20}}));
+    EXPECT_EQ(Text(v11->GetRootElement().GetName()), u"a");
+}
+
+TEST(Driver, UnmatchedTextStopsTheParseWithoutATree) {
+    const Document junk = ParseBuf(u"<?xml version=\"1.0\"?><a/><!--c--> <?p?>junk");
+    EXPECT_EQ(Diags(junk->GetErrList()), (D{{7, 0, 0}}));
+    EXPECT_EQ(Text(junk->GetRootElement().GetName()), u"");
+    EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?>\r\n<a>\r\n</b>"), (D{{29, 3, 1}, {7, 0, 0}}));
+    EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?>\r\r<a/>\r\n<!--"), (D{{14, 4, 5}, {7, 0, 0}}));
+}
+
+// A Japanese document; the declaration names the encoding it is saved in.
+std::u16string Japanese(const std::u16string& encoding) {
+    return u"<?xml version=\"1.0\" encoding=\"" + encoding +
+           u"\"?>\r\n<文書 種類=\"報告～\">\n  <題名>日本語のテキスト</題名>\n"
+           u"  <本文 番号='１'>漢字とカナ、ひらがな。&amp;</本文>\n</文書>\n";
+}
+
+std::string Encode(const std::u16string& text, vcc::eCodeType code) {
+    const int length = static_cast<int>(text.size() * 2);
+    int size = 0;
+    EXPECT_TRUE(vcc::GetBufSizeByByte(&size, length, vcc::eUtf16LE, code));
+    std::string bytes(size, '\0');
+    EXPECT_TRUE(vcc::ConvertTo(reinterpret_cast<const char*>(text.data()), length, vcc::eUtf16LE,
+                               bytes.data(), &size, code));
+    bytes.resize(size);
+    return bytes;
+}
+
+void Write(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+std::string RootSource(const vx::CXmlDocument& document) {
+    vx::CVelStringBuffer<vx::CVelStrW> out;
+    document.GetRootElement().GetSource(out);
+    return vx::CVelStr(out.ToString()).c_str();
+}
+
+TEST(Driver, ReadsTheSameTreeFromEveryEncoding) {
+    const Document expected = ParseBuf(Japanese(u"UTF-16"));
+    ASSERT_EQ(Diags(expected->GetErrList()), D{});
+    const struct {
+        std::u16string name;
+        vcc::eCodeType code;
+        std::string prefix;
+    } files[] = {{u"Shift_JIS", vcc::eShiftJIS, ""},
+                 {u"EUC-JP", vcc::eEucJP, ""},
+                 {u"ISO-2022-JP", vcc::eIso2022JP, ""},
+                 {u"MS932", vcc::eWindows932, ""},
+                 {u"utf-8", vcc::eUtf8, ""},
+                 {u"UTF-16", vcc::eUtf16LE, "\xFF\xFE"},
+                 {u"UCS-4", vcc::eUcs4LE, ""}};
+    TempDir dir;
+    for (const auto& file : files) {
+        const std::string path = dir / "doc.xml";
+        Write(path, file.prefix + Encode(Japanese(file.name), file.code));
+        const Document parsed(vx::CParse::ParseForFile(vx::CVelStr(path.c_str())));
+        EXPECT_EQ(Diags(parsed->GetErrList()), D{}) << path << " " << file.code;
+        EXPECT_EQ(RootSource(*parsed), RootSource(*expected)) << file.code;
+    }
+}
+
+TEST(Driver, RefusedFiles) {
+    TempDir dir;
+    const std::string path = dir / "doc.xml";
+    auto diagsOf = [&](const std::string& bytes) {
+        Write(path, bytes);
+        return Diags(Document(vx::CParse::ParseForFile(vx::CVelStr(path.c_str())))->GetErrList());
+    };
+    std::u16string swapped = Japanese(u"UTF-16");
+    for (char16_t& unit : swapped)
+        unit = static_cast<char16_t>((unit << 8) | (unit >> 8));
+    EXPECT_EQ(diagsOf("\xFE\xFF" + Encode(swapped, vcc::eUtf16LE)), (D{{3, 0, 0}}));
+    EXPECT_EQ(diagsOf("<a>no declaration</a>"), (D{{3, 0, 0}}));
+    EXPECT_EQ(diagsOf(Encode(Japanese(u"ISO-8859-1"), vcc::eUtf8)), (D{{3, 0, 0}}));
+    EXPECT_EQ(diagsOf("<?xml version='1.0' encoding='Shift_JIS'?><a>\x81<</a>"), (D{{6, 0, 0}}));
+
+    const std::string missing = dir / "missing.xml";
+    const Document none(vx::CParse::ParseForFile(vx::CVelStr(missing.c_str())));
+    ASSERT_EQ(Diags(none->GetErrList()), (D{{2, -1, -1}}));
+    EXPECT_EQ(vx::CVelStr(none->GetErrList().GetAt(0).GetSource()).c_str(), missing);
+}
+
+// The detected code, -1 when refused, -2 when detection failed.
+TEST(Driver, CheckCodeType) {
+    TempDir dir;
+    const std::string path = dir / "doc.xml";
+    auto check = [&](const std::string& bytes) {
+        Write(path, bytes);
+        bool supported = false;
+        vcc::eCodeType code = vcc::eShiftJIS;
+        if (!vx::CParse::CheckCodeType(vx::CVelStr(path.c_str()), supported, code)) return -2;
+        return supported ? static_cast<int>(code) : -1;
+    };
+    EXPECT_EQ(check("<?"), -2);
+    EXPECT_EQ(check("<?xml version='1.0'"), -2);
+    EXPECT_EQ(check("<?xml version='1.0'?>"), -2);
+    EXPECT_EQ(check("<?xml encoding = 'UTF-8'?>"), -2);
+    EXPECT_EQ(check("<?xml version='1.0' encoding='utf-8'?>"), 5);
+    EXPECT_EQ(check("<?xml encoding=\"euc-jp\"?>"), 1);
+    EXPECT_EQ(check("\xFF\xFEx"), 3);
+    EXPECT_EQ(check(std::string("<\0?\0", 4)), 3);
+    EXPECT_EQ(check(std::string("\0\0\0<", 4)), -1);
+    EXPECT_EQ(check("\xEF\xBB\xBF<?xml encoding='UTF-8'?>"), -1);
+}
+
+}  // namespace

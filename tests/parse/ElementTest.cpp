@@ -1,0 +1,108 @@
+#include "ParseTestUtil.h"
+#include "vx/platform/Guard.h"
+
+namespace {
+
+using namespace parsetest;
+
+TEST(Element, FormsAndContent) {
+    vx::CParseElement empty;
+    EXPECT_EQ(RunOn(empty, u"<a/>").end, 4);
+    EXPECT_EQ(empty.GetForm(), vx::CParseElement::eEmptyElemTag);
+    EXPECT_EQ(Text(empty.GetEmptyElemTag()->GetName()), u"a");
+    EXPECT_EQ(empty.GetContent(), nullptr);
+
+    vx::CParseElement bare;
+    EXPECT_EQ(RunOn(bare, u"<a ></a >").end, 9);
+    EXPECT_EQ(bare.GetContent(), nullptr);  // a start tag, but no content
+
+    vx::CParseElement spaced;
+    RunOn(spaced, u"<a> </a>");
+    EXPECT_EQ(spaced.GetContent()->GetList()[0]->GetClassType(), vx::eParseCharData);
+
+    // "=" followed by white space and ">" is an attribute with an empty value.
+    vx::CParseElement lenient;
+    EXPECT_EQ(RunOn(lenient, u"<a x= ></a>").diags, D{});
+    EXPECT_EQ(Text(lenient.GetSTag()->GetAttributes()[0].GetAttValue().GetValue()), u"");
+}
+
+TEST(Element, TagErrorsAreReportedByBothScans) {
+    // Once by the empty-element scan, which then counts as absent, once by the start tag.
+    const Result duplicate = RunOn<vx::CParseElement>(u"<a x=\"1\" x=\"2\"></a>");
+    EXPECT_TRUE(duplicate.result);
+    EXPECT_EQ(duplicate.end, 0);
+    EXPECT_EQ(duplicate.diags, Twice({{17, 1, 15}}));
+
+    EXPECT_EQ(RunOn<vx::CParseElement>(u"<a x=\"<\"/>").diags,
+              Twice({{15, 1, 7}, {26, 1, 7}, {15, 1, 4}}));
+    EXPECT_EQ(RunOn<vx::CParseElement>(u"<a x>").diags, Twice({{24, 1, 5}, {15, 1, 4}}));
+}
+
+TEST(Element, EndTagErrors) {
+    auto run = [](const std::u16string& text) { return RunOn<vx::CParseElement>(text); };
+    const Result runsOut = run(u"<a>text");
+    EXPECT_FALSE(runsOut.result);
+    EXPECT_EQ(runsOut.end, 7);
+    EXPECT_EQ(runsOut.diags, (D{{29, 1, 8}}));
+    EXPECT_EQ(run(u"<a></b>").diags, (D{{29, 1, 4}}));
+    EXPECT_EQ(run(u"<a></a").diags, (D{{19, 1, 7}, {20, 1, 7}}));
+    EXPECT_EQ(run(u"<a></a x>").diags, (D{{15, 1, 8}, {20, 1, 8}}));
+}
+
+TEST(Element, OneNestedErrorCascadesThroughEveryEnclosingElement) {
+    EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?>\n<r>\n <p>\n  <q x=\"1\" x=\"2\"/>\n </p>\n</r>"),
+              (D{{17, 4, 17}, {17, 4, 17}, {29, 4, 3}, {29, 3, 2}, {7, 0, 0}}));
+}
+
+std::vector<int> Kinds(const vx::CExpressionList& list) {
+    std::vector<int> kinds;
+    for (const vx::CAbstractExpression* item : list)
+        kinds.push_back(item->GetClassType());
+    return kinds;
+}
+
+TEST(Element, CopiesAreDeepAndIndependent) {
+    auto original = std::make_unique<vx::CParseElement>();  // one child of each content kind
+    RunOn(*original, u"<a>t<b/>&amp;<![CDATA[c]]><?p?><!--m--></a>");
+    const vx::CParseContent copy(*original->GetContent());
+    const std::vector<int> expected = {2, 7, 15, 19, 14, 5};
+    EXPECT_EQ(Kinds(copy.GetList()), expected);
+    EXPECT_NE(copy.GetList()[1], original->GetContent()->GetList()[1]);
+
+    vx::CParseElement assigned;
+    assigned = *original;
+    const vx::CParseElement& self = assigned;
+    assigned = self;
+    original.reset();
+    EXPECT_EQ(Kinds(assigned.GetContent()->GetList()), expected);
+    EXPECT_EQ(Text(static_cast<const vx::CParseCDSect*>(copy.GetList()[3])->GetCData()), u"c");
+
+    assigned.ClearContent();
+    EXPECT_EQ(assigned.GetContent()->GetList().GetSize(), 0);
+    EXPECT_EQ(Kinds(copy.GetList()), expected);
+}
+
+TEST(Element, CopyingAListWithAnUnknownClassThrows) {
+    vx::CParseCharData text;
+    vx::CParseName name;
+    vx::CExpressionList source;
+    source.PushBack(&text);
+    source.PushBack(&name);
+    vx::CExpressionList destination;
+    EXPECT_THROW(vx::CParseContent::CopyListToList(destination, source), vel::CVelException);
+    ASSERT_EQ(destination.GetSize(), 1);  // what was copied before stays
+    delete destination[0];
+}
+
+TEST(Element, SuppressedContentIsMatchedButNotRecorded) {
+    vx::CParse parser;
+    parser.SetSource(Wide(u"<a>t<b/>u</a>"));
+    parser.SetRecordSuppressed(true);
+    vx::CParseElement element;
+    int end = 0;
+    EXPECT_TRUE(element.Interpreter(parser, 0, end));
+    EXPECT_EQ(end, 13);
+    EXPECT_EQ(element.GetContent()->GetList().GetSize(), 0);
+}
+
+}  // namespace

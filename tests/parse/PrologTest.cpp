@@ -1,0 +1,85 @@
+#include "ParseTestUtil.h"
+
+namespace {
+
+using namespace parsetest;
+using vx::CVelStrW;
+
+TEST(Prolog, XmlDeclarationAcceptsEitherOrderAndNoBlankAfterXml) {
+    for (const std::u16string text :
+         {u"<?xml version=\"1.0\" encoding=\"EUC-JP\" standalone='yes' ?>",
+          u"<?xml version='1.0' standalone=\"yes\" encoding=\"EUC-JP\"?>"}) {
+        vx::CParseXMLDecl decl;
+        EXPECT_EQ(RunOn(decl, text).end, static_cast<int>(text.size()));
+        CVelStrW value;
+        EXPECT_TRUE(decl.GetEncording(value));
+        EXPECT_EQ(Text(value), u"EUC-JP");
+        // GetStandard looks for "standard", so it never finds the standalone value.
+        EXPECT_FALSE(decl.GetStandard(value));
+        EXPECT_TRUE(decl.GetAttValueByName(CVelStrW(u"standalone"), value));
+        EXPECT_EQ(Text(value), u"yes");
+    }
+    EXPECT_EQ(RunOn<vx::CParseXMLDecl>(u"<?xmlversion=\"1.0\"?>").diags, D{});
+}
+
+TEST(Prolog, XmlDeclarationErrorsAreAfterTheAttribute) {
+    auto diags = [](const std::u16string& text) { return RunOn<vx::CParseXMLDecl>(text).diags; };
+    EXPECT_EQ(diags(u"<?xml version=\"1.1\"?>"), (D{{11, 1, 20}}));
+    EXPECT_EQ(diags(u"<?xml encoding=\"x\"?>"), (D{{9, 1, 19}}));
+    EXPECT_EQ(diags(u"<?xml version=\"1.0\" foo=\"1\"?>"), (D{{12, 1, 28}}));
+    EXPECT_EQ(diags(u"<?xml version=\"1.0\" >"), (D{{13, 1, 21}}));
+    const Result missing = RunOn<vx::CParseXMLDecl>(u"<a/>");
+    EXPECT_FALSE(missing.result);
+    EXPECT_EQ(missing.diags, (D{{8, 1, 1}}));
+}
+
+TEST(Prolog, CommentsAndProcessingInstructions) {
+    vx::CParseComment comment;
+    EXPECT_EQ(RunOn(comment, u"<!-- a -- b -->x").end, 15);
+    EXPECT_EQ(Text(comment.GetText()), u" a -- b ");
+    EXPECT_EQ(RunOn<vx::CParseComment>(u"<!--a\x01-->").diags, (D{{14, 1, 6}}));
+    const Result open = RunOn<vx::CParseComment>(u"<!-- abc");
+    EXPECT_EQ(open.end, 4);
+    EXPECT_EQ(open.diags, (D{{14, 1, 5}}));
+
+    vx::CParsePI pi;
+    EXPECT_EQ(RunOn(pi, u"<?target?>").end, 10);
+    EXPECT_EQ(Text(pi.GetText()), u"target");
+    EXPECT_EQ(RunOn<vx::CParsePI>(u"<?t data").diags, (D{{16, 1, 3}}));
+}
+
+TEST(Prolog, MiscListKeepsDocumentOrder) {
+    vx::CParseMiscList list;
+    EXPECT_EQ(RunOn(list, u" \n<!--c--><?p?><a/>").end, 15);
+    ASSERT_EQ(list.GetList().GetSize(), 3);
+    EXPECT_EQ(list.GetList()[0].GetKind(), vx::CParseMisc::eS);
+    EXPECT_EQ(list.GetList()[1].GetKind(), vx::CParseMisc::eComment);
+    EXPECT_EQ(list.GetList()[2].GetKind(), vx::CParseMisc::ePI);
+}
+
+// Where each production ends when run at the end of the source; -1 for a result or diagnostic.
+template <class... P>
+std::vector<int> EndsAtTheEnd() {
+    auto end = [](const Result& r) { return r.result && r.diags.empty() ? r.end : -1; };
+    return {end(RunOn<P>(u"abc", 3))...};
+}
+
+TEST(Prolog, EveryOptionalProductionIsAbsentAtTheEnd) {
+    const std::vector<int> ends =
+        EndsAtTheEnd<vx::CParseComment, vx::CParsePI, vx::CParseS, vx::CParseMisc,
+                     vx::CParseMiscList, vx::CParseName, vx::CParseChars, vx::CParseAttribute,
+                     vx::CParseAttValue, vx::CParseSTag, vx::CParseEmptyElemTag, vx::CParseETag,
+                     vx::CParseElement, vx::CParseContent, vx::CParseCharData, vx::CParseCDSect,
+                     vx::CParseReference, vx::CParseEntityRef, vx::CParseCharRef>();
+    EXPECT_EQ(ends, std::vector<int>(ends.size(), 3));
+}
+
+TEST(Prolog, NamesFollowTheCharacterClasses) {
+    vx::CParseName name;
+    EXPECT_EQ(RunOn(name, u":a.b-c_1\u30FC>").end, 9);
+    EXPECT_EQ(RunOn<vx::CParseName>(u"1a").end, 0);
+    EXPECT_EQ(RunOn<vx::CParseName>(u".a").end, 0);
+    EXPECT_EQ(RunOn<vx::CParseChars>(u"ab\uFFFEc").end, 2);
+}
+
+}  // namespace

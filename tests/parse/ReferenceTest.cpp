@@ -1,0 +1,103 @@
+#include "ParseTestUtil.h"
+#include "vx/dom/XmlDtd.h"
+#include "vx/parse/ReferenceExpansion.h"
+
+namespace {
+
+using namespace parsetest;
+using vx::CVelStrW;
+
+TEST(CharData, StopsAtMarkupAndSectionEnd) {
+    vx::CParseCharData text;
+    EXPECT_EQ(RunOn(text, u"a]]>b").end, 1);
+    EXPECT_EQ(Text(text.GetCharData()), u"a");
+    EXPECT_EQ(RunOn<vx::CParseCharData>(u"a]b&c").end, 3);
+    EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?><r>a]]>b</r>"), (D{{29, 1, 26}, {7, 0, 0}}));
+}
+
+TEST(CDSect, TextIsVerbatimAndAnOpenSectionIsReportedTwice) {
+    vx::CParseCDSect empty;
+    EXPECT_EQ(RunOn(empty, u"<![CDATA[]]>").end, 12);
+    EXPECT_EQ(Text(empty.GetCData()), u"");
+    vx::CParseCDSect markup;
+    RunOn(markup, u"<![CDATA[<&amp;]]>");
+    EXPECT_EQ(Text(markup.GetCData()), u"<&amp;");
+    const Result open = RunOn<vx::CParseCDSect>(u"<![CDATA[abc");
+    EXPECT_FALSE(open.result);
+    EXPECT_EQ(open.end, 9);
+    EXPECT_EQ(open.diags, (D{{31, 1, 10}, {31, 1, 10}}));
+}
+
+std::u16string CharOf(const std::u16string& reference) {
+    vx::CParseCharRef ref;
+    EXPECT_EQ(RunOn(ref, reference).end, static_cast<int>(reference.size()))
+        << vx::CVelStr(Wide(reference)).c_str();
+    return Text(ref.ToStr());
+}
+
+TEST(CharRef, ToStr) {
+    EXPECT_EQ(CharOf(u"&#x41;"), u"A");
+    EXPECT_EQ(CharOf(u"&#65;"), u"A");
+    EXPECT_EQ(CharOf(u"&#x10041;"), u"A");  // cut to 16 bits
+    EXPECT_EQ(CharOf(u"&#0;"), u"");
+    EXPECT_EQ(CharOf(u"&#xFFFE;"), u"\uFFFE");        // no Char test
+    EXPECT_EQ(CharOf(u"&#99999999999;"), u"\uFFFF");  // a 32-bit long saturates at 0x7FFFFFFF
+}
+
+TEST(Reference, MalformedReferencesGetTheirCodeAndThen30) {
+    auto diags = [](const std::u16string& text) { return RunOn<vx::CParseReference>(text).diags; };
+    EXPECT_EQ(diags(u"&#x;"), (D{{21, 1, 4}, {30, 1, 4}}));
+    EXPECT_EQ(diags(u"&#;"), (D{{21, 1, 3}, {30, 1, 3}}));
+    EXPECT_EQ(diags(u"&#x4G;"), (D{{21, 1, 5}, {30, 1, 5}}));
+    EXPECT_EQ(diags(u"& x"), (D{{23, 1, 2}, {30, 1, 2}}));
+    EXPECT_EQ(diags(u"&"), (D{{19, 1, 2}, {30, 1, 2}}));
+    EXPECT_EQ(diags(u"&abc"), (D{{19, 1, 5}, {30, 1, 5}}));
+    EXPECT_EQ(diags(u"&abc x"), (D{{22, 1, 5}, {30, 1, 5}}));
+    const Result cutOff = RunOn<vx::CParseCharRef>(u"&#x41");  // absent, not an error
+    EXPECT_EQ(cutOff.end, 0);
+    EXPECT_EQ(cutOff.diags, D{});
+
+    vx::CParseReference entity;
+    EXPECT_EQ(RunOn(entity, u"&ent;").end, 5);
+    EXPECT_EQ(entity.GetKind(), vx::CParseReference::eEntityRef);
+    EXPECT_EQ(Text(entity.GetEntityRef().GetName()), u"ent");
+}
+
+std::u16string ValueOf(const std::u16string& literal, vx::CParse& parser) {
+    parser.SetSource(Wide(literal));
+    vx::CParseAttValue value;
+    int end = 0;
+    EXPECT_TRUE(value.Interpreter(parser, 0, end));
+    EXPECT_EQ(end, static_cast<int>(literal.size()));
+    return Text(value.GetValue());
+}
+
+TEST(AttValue, ReferencesAreExpandedOnce) {
+    vx::CParse parser;
+    EXPECT_EQ(ValueOf(u"'&lt;&#65;&amp;b\t\"'", parser), u"<A&b\t\"");
+    parser.GetDtd()->setInternalGE(CVelStrW(u"e"), CVelStrW(u"v&amp;"));
+    EXPECT_EQ(ValueOf(u"\"[&e;]\"", parser), u"[v&amp;]");
+    EXPECT_EQ(Diags(parser.GetErrList()), D{});
+    EXPECT_EQ(RunOn<vx::CParseAttValue>(u"\"abc").diags, (D{{25, 1, 2}}));
+}
+
+TEST(AttValue, BadReferencesInATagAreReportedTwicePerScan) {
+    EXPECT_EQ(RunOn<vx::CParseElement>(u"<a x=\"&#xG;\"/>").diags,
+              Twice({{21, 1, 10}, {30, 1, 10}, {30, 1, 10}, {26, 1, 10}, {15, 1, 4}}));
+    // An undeclared entity is reported at the opening quote.
+    EXPECT_EQ(RunOn<vx::CParseElement>(u"<a x=\"&u;\"/>").diags,
+              Twice({{62, 1, 6}, {26, 1, 6}, {15, 1, 4}}));
+}
+
+TEST(ReferenceExpansion, FailsWithoutTouchingTheResult) {
+    vx::CXmlDtd dtd(nullptr);
+    CVelStrW result(u"unchanged");
+    EXPECT_FALSE(vx::ConvertReferenceForString(result, CVelStrW(u"a&e;"), nullptr));
+    EXPECT_FALSE(vx::ConvertReferenceForString(result, CVelStrW(u"a&e;"), &dtd));
+    EXPECT_FALSE(vx::ConvertReferenceForString(result, CVelStrW(u"a&amp"), &dtd));
+    EXPECT_EQ(Text(result), u"unchanged");
+    EXPECT_TRUE(vx::ConvertReferenceForString(result, CVelStrW(u""), nullptr));
+    EXPECT_EQ(Text(result), u"");
+}
+
+}  // namespace

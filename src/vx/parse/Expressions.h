@@ -197,6 +197,10 @@ class CParseXMLDecl : public CAbstractExpression {
     // Looks up "standard", not "standalone", so it finds nothing in an accepted declaration.
     bool GetStandard(CVelStrW& value) const;
 
+    // version="1.0" at pos (codes 9 and 11), shared with the text declaration: on success pos
+    // moves past it, on failure end is where it was found.
+    static bool MatchVersionInfo(CParse& parser, CParseAttribute& version, int& pos, int& end);
+
   private:
     bool MatchAttributes(CParse& parser, int& pos, CParseAttribute (&found)[3]);
 

@@ -13,14 +13,7 @@ bool CParseTextDecl::Interpreter(CParse& parser, int start, int& end) {
     int pos = start;
     if (!AcceptKeyword(src, pos, keywords.xmlDeclOpen)) return Absent(start, end);
     if (!MatchSpace(parser, pos, end)) return false;
-    int next = pos;
-    if (!m_version.Interpreter(parser, pos, next) || m_version.GetName() != keywords.version) {
-        return Fail(parser, CParseError::eErrNoVersionInfo, next, end);
-    }
-    if (m_version.GetAttValue().GetValue() != keywords.version10) {
-        return Fail(parser, CParseError::eErrVersionNum, next, end);
-    }
-    pos = next;
+    if (!CParseXMLDecl::MatchVersionInfo(parser, m_version, pos, end)) return false;
     if (!MatchEncoding(parser, pos, end)) return false;
     pos = SkipWhiteSpace(src, pos);
     if (!AcceptKeyword(src, pos, keywords.piClose)) {

@@ -38,17 +38,9 @@ bool CParseXMLDecl::Interpreter(CParse& parser, int start, int& end) {
 bool CParseXMLDecl::MatchAttributes(CParse& parser, int& pos, CParseAttribute (&found)[3]) {
     const CKeywords& keywords = Keywords();
     const CVelStrW& src = parser.Source();
-    CParseAttribute& version = found[0];
-    int next = pos;
-    if (!version.Interpreter(parser, pos, next) || version.GetName() != keywords.version) {
-        return Fail(parser, CParseError::eErrNoVersionInfo, next, pos);
-    }
-    if (version.GetAttValue().GetValue() != keywords.version10) {
-        return Fail(parser, CParseError::eErrVersionNum, next, pos);
-    }
-    pos = next;
+    if (!MatchVersionInfo(parser, found[0], pos, pos)) return false;
     for (int slot = 1; slot < 3; ++slot) {
-        next = SkipWhiteSpace(src, pos);
+        int next = SkipWhiteSpace(src, pos);
         CParseAttribute attribute;
         if (next == pos || !TryMatch(attribute, parser, next)) break;
         const CVelStrW name = attribute.GetName();
@@ -58,6 +50,19 @@ bool CParseXMLDecl::MatchAttributes(CParse& parser, int& pos, CParseAttribute (&
         found[slot] = std::move(attribute);
         pos = next;
     }
+    return true;
+}
+
+bool CParseXMLDecl::MatchVersionInfo(CParse& parser, CParseAttribute& version, int& pos, int& end) {
+    const CKeywords& keywords = Keywords();
+    int next = pos;
+    if (!version.Interpreter(parser, pos, next) || version.GetName() != keywords.version) {
+        return Fail(parser, CParseError::eErrNoVersionInfo, next, end);
+    }
+    if (version.GetAttValue().GetValue() != keywords.version10) {
+        return Fail(parser, CParseError::eErrVersionNum, next, end);
+    }
+    pos = next;
     return true;
 }
 

@@ -26,6 +26,7 @@ TEST(Prolog, XmlDeclarationErrorsAreAfterTheAttribute) {
     auto diags = [](const std::u16string& text) { return RunOn<vx::CParseXMLDecl>(text).diags; };
     EXPECT_EQ(diags(u"<?xml version=\"1.1\"?>"), (D{{11, 1, 20}}));
     EXPECT_EQ(diags(u"<?xml encoding=\"x\"?>"), (D{{9, 1, 19}}));
+    EXPECT_EQ(diags(u"<?xml version?>"), (D{{24, 1, 14}, {9, 1, 7}}));
     EXPECT_EQ(diags(u"<?xml version=\"1.0\" foo=\"1\"?>"), (D{{12, 1, 28}}));
     EXPECT_EQ(diags(u"<?xml version=\"1.0\" >"), (D{{13, 1, 21}}));
     const Result missing = RunOn<vx::CParseXMLDecl>(u"<a/>");

@@ -56,7 +56,8 @@ bool CParseXMLDecl::MatchAttributes(CParse& parser, int& pos, CParseAttribute (&
 bool CParseXMLDecl::MatchVersionInfo(CParse& parser, CParseAttribute& version, int& pos, int& end) {
     const CKeywords& keywords = Keywords();
     int next = pos;
-    if (!version.Interpreter(parser, pos, next) || version.GetName() != keywords.version) {
+    // A malformed attribute counts as absent: code 9 stands where it began.
+    if (!TryMatch(version, parser, next) || version.GetName() != keywords.version) {
         return Fail(parser, CParseError::eErrNoVersionInfo, next, end);
     }
     if (version.GetAttValue().GetValue() != keywords.version10) {

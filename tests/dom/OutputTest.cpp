@@ -1,7 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include "DomTestSupport.h"
 #include "vx/dom/XmlCharData.h"
@@ -100,6 +104,40 @@ TEST(Output, SaveToFileChoosesTheEncodingByPrefixAndCutsAtTheFirstZeroByte) {
     ASSERT_TRUE(document.SaveToFile(path.c_str()));
     EXPECT_EQ(vxtest::ReadFile(path), "<");  // "<" is followed by a zero byte in UTF-16LE
     std::filesystem::remove(path);
+}
+
+TEST(Output, SaveToFileReplacesTheFileALinkNamesOrLeavesItWhole) {
+    namespace fs = std::filesystem;
+    const fs::path dir = TempFile("save_dir");
+    fs::remove_all(dir);
+    fs::create_directory(dir);
+    const fs::path real = dir / "real.xml", link = dir / "link.xml";
+    std::ofstream(real) << "old";
+    fs::permissions(real, fs::perms(0640));
+    fs::create_symlink("real.xml", link);
+
+    CXmlDocument document(nullptr);
+    document.GetRootElement().SetName(u"新");
+    document.SetEncoding(u"Shift_JIS");
+    ASSERT_TRUE(document.SaveToFile(link.c_str()));
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_EQ(fs::status(real).permissions(), fs::perms(0640));
+    const std::string saved = vxtest::ReadFile(real);
+    EXPECT_EQ(ReadBack(real, vcc::eShiftJIS), "<?xml encoding=\"Shift_JIS\"?>\r\n<新/>");
+
+    // An encoding that is not saved, and a character that ISO-2022-JP cannot hold.
+    document.SetEncoding(u"UTF-8");
+    EXPECT_FALSE(document.SaveToFile(link.c_str()));
+    document.SetEncoding(u"ISO-2022-JP");
+    document.GetRootElement().SetName(u"①");
+    EXPECT_FALSE(document.SaveToFile(link.c_str()));
+    EXPECT_EQ(vxtest::ReadFile(real), saved);
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(dir))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"link.xml", "real.xml"}));
+    fs::remove_all(dir);
 }
 
 TEST(Output, DoctypeIsWrittenOnlyWithAName) {

@@ -3,6 +3,7 @@
 
 #include "ParseTestUtil.h"
 #include "vx/dom/XmlCharData.h"
+#include "vx/platform/Package.h"
 
 namespace {
 
@@ -108,6 +109,29 @@ TEST_F(ExternalEntity, LoaderFailures) {
                   nullptr);
         EXPECT_EQ(Diags(parser.GetErrList()), diags) << literal;
     }
+}
+
+// Switched off, both loaders refuse every literal with code 5 before anything else: a file
+// that would load, "http://", and a directory that would give code 2 once opened.
+TEST_F(ExternalEntity, ExternalLoadingOffRefusesEveryLiteral) {
+    EXPECT_TRUE(vx::IsExternalLoadingEnabled());
+    std::filesystem::create_directory(dir / "folder");
+    const std::string literals[] = {dir / "part.xml", "file:///part.xml", dir / "folder",
+                                    "http://example.com/part.xml", ""};
+    vx::SetExternalLoading(false);
+    for (const std::string& literal : literals) {
+        const CVelStrW wide(vx::CVelStr(literal.c_str()));
+        vx::CParse entityParser;
+        EXPECT_EQ(entityParser.ParseExtParsedEntityForFile(wide), nullptr);
+        EXPECT_EQ(Diags(entityParser.GetErrList()), (D{{5, 0, 0}})) << literal;
+        vx::CParse subsetParser;
+        EXPECT_FALSE(subsetParser.ParseExtSussetEntityForFile(wide));
+        EXPECT_EQ(Diags(subsetParser.GetErrList()), (D{{5, 0, 0}})) << literal;
+    }
+    Write(dir / "doc.xml", kTextDecl + "<!DOCTYPE r SYSTEM 'ext.dtd'><r>&who;</r>");
+    EXPECT_EQ(Diags(ParseFile(dir / "doc.xml")->GetErrList()), (D{{5, 0, 0}, {7, 0, 0}}));
+    vx::SetExternalLoading(true);
+    EXPECT_EQ(Diags(ParseFile(dir / "doc.xml")->GetErrList()), D{});
 }
 
 TEST_F(ExternalEntity, PositionsReferToTheExternalTextAndTheSourceIsRestored) {

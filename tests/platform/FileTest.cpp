@@ -1,8 +1,16 @@
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <filesystem>
+#include <fstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "platform/PlatformTestUtil.h"
 #include "vx/platform/File.h"
@@ -50,6 +58,122 @@ TEST(File, ReadsExactlyTheRequestedBytes) {
     EXPECT_EQ(std::string(buffer, 2), "lo");
     EXPECT_FALSE(file.SetFilePointer(-10, CVelFile::eSeekCurrent));
     EXPECT_EQ(CVelFile::GetLastError(), EINVAL);
+}
+
+namespace fs = std::filesystem;
+
+std::string Read(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+void Write(const std::string& path, const std::string& bytes, fs::perms mode) {
+    std::ofstream(path, std::ios::binary) << bytes;
+    fs::permissions(path, mode);
+}
+
+bool Replace(const std::string& path, const std::string& bytes) {
+    return vel::ReplaceFileContents(path.c_str(), bytes.data(), static_cast<int>(bytes.size()));
+}
+
+using Listing = std::vector<std::string>;
+
+// The names in the directory, sorted: a temporary file left behind shows here.
+Listing Names(const std::string& directory) {
+    Listing names;
+    for (const auto& entry : fs::directory_iterator(directory))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+TEST(ReplaceFile, KeepsThePermissionsAndReplacesWhatALinkNames) {
+    TempDir dir;
+    Write(dir / "plain.xml", "old text", fs::perms(0640));
+    ASSERT_TRUE(Replace(dir / "plain.xml", "new"));
+    EXPECT_EQ(Read(dir / "plain.xml"), "new");
+    EXPECT_EQ(fs::status(dir / "plain.xml").permissions(), fs::perms(0640));
+
+    const mode_t mask = umask(027);
+    ASSERT_TRUE(Replace(dir / "fresh.xml", ""));
+    umask(mask);
+    EXPECT_EQ(fs::status(dir / "fresh.xml").permissions(), fs::perms(0640));
+    EXPECT_EQ(Read(dir / "fresh.xml"), "");
+
+    // A relative link resolves against its own directory; a chain is followed to its end.
+    fs::create_directory(dir / "sub");
+    Write(dir / "sub/real.xml", "old", fs::perms(0600));
+    fs::create_symlink("sub/real.xml", dir / "link.xml");
+    fs::create_symlink(dir / "link.xml", dir / "sub/second.xml");
+    ASSERT_TRUE(Replace(dir / "sub/second.xml", "through two links"));
+    EXPECT_EQ(Read(dir / "sub/real.xml"), "through two links");
+    EXPECT_EQ(fs::status(dir / "sub/real.xml").permissions(), fs::perms(0600));
+    EXPECT_TRUE(fs::is_symlink(dir / "link.xml"));
+    EXPECT_EQ(fs::read_symlink(dir / "sub/second.xml"), dir / "link.xml");
+
+    // A link to no file yet makes the file it names.
+    fs::create_symlink("made.xml", dir / "dangling.xml");
+    ASSERT_TRUE(Replace(dir / "dangling.xml", "made"));
+    EXPECT_TRUE(fs::is_symlink(dir / "dangling.xml"));
+    EXPECT_EQ(Read(dir / "made.xml"), "made");
+    EXPECT_EQ(Names(dir.Path()),
+              (Listing{"dangling.xml", "fresh.xml", "link.xml", "made.xml", "plain.xml", "sub"}));
+    EXPECT_EQ(Names(dir / "sub"), (Listing{"real.xml", "second.xml"}));
+}
+
+TEST(ReplaceFile, AFailureLeavesTheOldFileAndNoTemporary) {
+    TempDir dir;
+    Write(dir / "keep.xml", "old text", fs::perms(0644));
+    fs::create_directory(dir / "folder");
+    fs::create_symlink("loop2", dir / "loop1");
+    fs::create_symlink("loop1", dir / "loop2");
+    const Listing before = Names(dir.Path());
+
+    EXPECT_FALSE(Replace(dir / "none/f.xml", "x"));
+    EXPECT_EQ(CVelFile::GetLastError(), ENOENT);
+    EXPECT_FALSE(Replace(dir / "folder", "x"));
+    EXPECT_EQ(CVelFile::GetLastError(), EISDIR);
+    EXPECT_FALSE(Replace(dir / "loop1", "x"));
+    EXPECT_EQ(CVelFile::GetLastError(), ELOOP);
+
+    // The write itself fails part-way: the file size limit holds for root too.
+    struct rlimit limit;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const auto oldSignal = signal(SIGXFSZ, SIG_IGN);
+    const struct rlimit small = {4, limit.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    EXPECT_FALSE(Replace(dir / "keep.xml", "longer than four bytes"));
+    const int error = CVelFile::GetLastError();
+    setrlimit(RLIMIT_FSIZE, &limit);
+    signal(SIGXFSZ, oldSignal);
+    EXPECT_EQ(error, EFBIG);
+
+    if (geteuid() != 0) {  // root writes into any directory and over any file
+        fs::permissions(dir / "keep.xml", fs::perms(0444));
+        EXPECT_FALSE(Replace(dir / "keep.xml", "x"));
+        EXPECT_EQ(CVelFile::GetLastError(), EACCES);
+        fs::permissions(dir / "keep.xml", fs::perms(0644));
+        fs::permissions(dir.Path(), fs::perms(0555));
+        EXPECT_FALSE(Replace(dir / "keep.xml", "x"));
+        EXPECT_EQ(CVelFile::GetLastError(), EACCES);
+        fs::permissions(dir.Path(), fs::perms(0755));
+    }
+    EXPECT_EQ(Read(dir / "keep.xml"), "old text");
+    EXPECT_TRUE(fs::is_directory(dir / "folder"));
+    EXPECT_EQ(Names(dir.Path()), before);
+}
+
+// A FIFO (or a device such as /dev/stdout) is written in place, never renamed over.
+TEST(ReplaceFile, WritesIntoAFifo) {
+    TempDir dir;
+    const std::string fifo = dir / "fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    std::string received;
+    std::thread reader([&] { received = Read(fifo); });
+    EXPECT_TRUE(Replace(fifo, "through the pipe"));
+    reader.join();
+    EXPECT_EQ(received, "through the pipe");
+    EXPECT_TRUE(fs::is_fifo(fifo));
 }
 
 TEST(Path, ExtractsDirectoriesAndJoinsRelativePaths) {

@@ -181,6 +181,22 @@ TEST_F(VxmlTest, SaveConvertsOrSaysWhyNot) {
     EXPECT_FALSE(fs::exists(m_dir / "b.xml"));
 }
 
+// The sample's external subset is refused before any file is opened; the next file is read as
+// usual, the switch still off.
+TEST_F(VxmlTest, CheckNoExternalRefusesEverySystemLiteral) {
+    const std::string sample = Sample("entities.xml");
+    EXPECT_EQ(Run({"check", sample}).status, 0);
+    WriteFile(m_dir / "http.xml",
+              kDecl + "<!DOCTYPE a [<!ENTITY e SYSTEM \"http://example.com/e\">]><a/>");
+    const auto result =
+        Run({"check", "--no-external", "--lang", "en", sample, Path("http.xml"), Path("good.xml")});
+    EXPECT_EQ(result.status, 1);
+    const std::string refused = ": notice 5: An unsupported feature was used.\n";
+    const std::string stopped = ": fatal 7: Parsing stopped part-way.\n";
+    EXPECT_EQ(result.out, sample + refused + sample + stopped + Path("http.xml") + refused +
+                              Path("http.xml") + stopped);
+}
+
 TEST_F(VxmlTest, HelpVersionAndUsageErrors) {
     const auto help = Run({"--help"});
     EXPECT_EQ(help.status, 0);
@@ -197,6 +213,7 @@ TEST_F(VxmlTest, HelpVersionAndUsageErrors) {
         {"check", "--lang"},
         {"check", "--colour", "a.xml"},
         {"print", "--format", "json", "a.xml"},
+        {"print", "--no-external", "a.xml"},
         {"tree", "a.xml", "b.xml"},
         {"save", "a.xml", "-o", "b.xml"},
         {"save", "a.xml", "--encoding", "EUC-JP"},

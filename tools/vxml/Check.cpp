@@ -163,6 +163,7 @@ bool ReportDiagnostics(std::FILE* stream, const LoadedDocument& loaded, Format f
 }
 
 int RunCheck(const Options& options) {
+    if (options.noExternal) vx::SetExternalLoading(false);
     bool allClean = true;
     for (const std::string& file : options.files) {
         const LoadedDocument loaded = LoadDocument(file);

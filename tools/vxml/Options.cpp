@@ -114,6 +114,12 @@ void ReadCommandArguments(ArgumentReader& reader, Options& options) {
             optionsEnded = true;
         } else if (argument == "--help" || argument == "-h") {
             options.help = true;
+        } else if (argument == "--no-external") {
+            if (options.command != Command::kCheck) {
+                throw UsageError(std::string(NameOf(options.command)) + " does not take " +
+                                 argument);
+            }
+            options.noExternal = true;
         } else {
             ReadOption(argument, reader, options);
         }

@@ -17,6 +17,7 @@ struct Options {
     bool version = false;
     Language language = Language::kJapanese;
     Format format = Format::kText;
+    bool noExternal = false;  // check: open no file that a document names
     std::vector<std::string> files;
     std::optional<std::string> encoding;
     std::optional<std::string> output;

@@ -30,7 +30,7 @@ constexpr const char* kToolHelp =
     "1 when one did or save failed, 2 for a usage error or a failure inside the library.\n";
 
 constexpr const char* kCheckHelp =
-    "Usage: vxml check [--lang ja|en] [--format text|native|json] FILE...\n"
+    "Usage: vxml check [--lang ja|en] [--format text|native|json] [--no-external] FILE...\n"
     "\n"
     "Parses each FILE and prints its diagnostics, one per line, in the order found.\n"
     "Nothing is printed for a well-formed document.\n"
@@ -40,6 +40,8 @@ constexpr const char* kCheckHelp =
     "  --format native    the library's own display text; --lang does not apply\n"
     "  --format json      one JSON object per diagnostic:\n"
     "                     {\"file\",\"code\",\"level\",\"line\",\"column\",\"message\"}\n"
+    "  --no-external      read no external subset or entity: each system literal\n"
+    "                     gets code 5 and no file is opened (for untrusted input)\n"
     "\n"
     "LEVEL is fatal, error, warning, notice or none. A diagnostic without a position\n"
     "reads PATH: LEVEL CODE: MESSAGE, and names the file it could not open in brackets.\n";

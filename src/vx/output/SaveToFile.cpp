@@ -49,11 +49,11 @@ bool CXmlDocument::SaveToFile(const CVelStr& fileName) const {
                         bytes.data(), &size, target)) {
         return false;
     }
-    vel::CVelFile file;
-    if (!file.CreateFileA(fileName.c_str(), vel::CVelFile::eOpenWrite)) return false;
     // Everything from the first zero byte goes, for every encoding, the UCS forms included.
     const auto end = std::find(bytes.begin(), bytes.begin() + size, '\0');
-    return file.Write(bytes.data(), static_cast<int>(end - bytes.begin()));
+    // A failed or interrupted save leaves the old file as it was.
+    return vel::ReplaceFileContents(fileName.c_str(), bytes.data(),
+                                    static_cast<int>(end - bytes.begin()));
 }
 
 }  // namespace vx

@@ -6,6 +6,7 @@
 
 #include "vx/dom/XmlDocument.h"
 #include "vx/parse/Parse.h"
+#include "vx/platform/Package.h"
 #include "vx/platform/Path.h"
 
 namespace vx {
@@ -49,6 +50,11 @@ class CSourceSwap {
 // Line ends of the external text are left as they are; positions of its diagnostics refer to
 // it, not to the document.
 bool CParse::RunOnExternalFile(CAbstractExpression& production, const CVelStrW& systemLiteral) {
+    // Checked before anything else, so that no literal, "http://" included, reaches a file.
+    if (!IsExternalLoadingEnabled()) {
+        AddError(CParseError::eErrUnsupported);
+        return false;
+    }
     CVelStr path;
     if (!ResolveSystemLiteral(systemLiteral, m_fileName, path)) {
         AddError(CParseError::eErrHttpNotImplemented);

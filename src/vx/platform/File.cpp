@@ -5,6 +5,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
+#include <string>
+
+#include "vx/platform/Path.h"
 
 namespace vel {
 
@@ -37,6 +41,62 @@ int OpenRegularForReading(const char* name) {
     return fd;
 }
 
+bool WriteAll(int fd, const void* buffer, int size) {
+    const auto* in = static_cast<const char*>(buffer);
+    for (int done = 0; done < size;) {
+        const ssize_t put = write(fd, in + done, static_cast<std::size_t>(size - done));
+        if (put < 0 && errno != EINTR) return false;
+        if (put > 0) done += static_cast<int>(put);
+    }
+    return true;
+}
+
+// The path that name leads to through symbolic links, whether or not a file is there. False,
+// with errno, for a link that cannot be read or a chain longer than the kernel follows.
+bool FollowLinks(std::string& path) {
+    constexpr int kMaxLinks = 40;
+    for (int links = 0; links < kMaxLinks; ++links) {
+        struct stat info;
+        if (lstat(path.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return true;
+        char target[PATH_MAX];
+        const ssize_t length = readlink(path.c_str(), target, sizeof target);
+        if (length < 0) return false;
+        if (length == sizeof target) {
+            errno = ENAMETOOLONG;
+            return false;
+        }
+        path = MakeFullPath(std::string(target, static_cast<std::size_t>(length)),
+                            ExtractFilePath(path));
+    }
+    errno = ELOOP;
+    return false;
+}
+
+// What a file created with mode 0666 gets.
+mode_t NewFileMode() {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+// Makes the rename durable sooner; it has happened whether or not this works.
+void SyncDirectory(const std::string& path) {
+    const std::string directory = ExtractFilePath(path);
+    const int fd =
+        open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return;
+    fsync(fd);
+    close(fd);
+}
+
+// Closes fd (unless -1) and removes the file, keeping errno for GetLastError.
+bool DiscardTemporary(int fd, const std::string& path) {
+    const int error = errno;
+    if (fd >= 0) close(fd);
+    unlink(path.c_str());
+    return Fail(error);
+}
+
 }  // namespace
 
 CVelFile::~CVelFile() {
@@ -67,13 +127,7 @@ bool CVelFile::Read(void* buffer, int size) {
 bool CVelFile::Write(const void* buffer, int size) {
     if (!IsOpen()) return Fail(EBADF);
     if (size < 0 || (!buffer && size > 0)) return Fail(EINVAL);
-    const auto* in = static_cast<const char*>(buffer);
-    for (int done = 0; done < size;) {
-        const ssize_t put = write(m_fd, in + done, static_cast<std::size_t>(size - done));
-        if (put < 0 && errno != EINTR) return FailWithErrno();
-        if (put > 0) done += static_cast<int>(put);
-    }
-    return true;
+    return WriteAll(m_fd, buffer, size) || FailWithErrno();
 }
 
 bool CVelFile::SetFilePointer(std::int64_t distance, int origin) {
@@ -97,6 +151,35 @@ void CVelFile::Close() {
 
 int CVelFile::GetLastError() {
     return t_lastError;
+}
+
+bool ReplaceFileContents(const char* name, const void* data, int size) {
+    if (!name || size < 0 || (!data && size > 0)) return Fail(EINVAL);
+    struct stat old;
+    const bool exists = stat(name, &old) == 0;
+    // A device or FIFO holds no text to keep whole, and cannot be renamed over.
+    if (exists && !S_ISREG(old.st_mode)) {
+        CVelFile file;
+        return file.CreateFileA(name, CVelFile::eOpenWrite) && file.Write(data, size);
+    }
+    std::string target = name;
+    if (!FollowLinks(target)) return FailWithErrno();
+    // The rename would replace a file that may not be written; writing in place would not.
+    if (exists && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) {
+        return FailWithErrno();
+    }
+    std::string temporary = target + ".vx-XXXXXX";
+    const int fd = mkostemp(temporary.data(), O_CLOEXEC);
+    if (fd < 0) return FailWithErrno();
+    const mode_t mode = exists ? old.st_mode & 07777 : NewFileMode();
+    if (!WriteAll(fd, data, size) || fchmod(fd, mode) != 0 || fsync(fd) != 0) {
+        return DiscardTemporary(fd, temporary);
+    }
+    if (close(fd) != 0 || rename(temporary.c_str(), target.c_str()) != 0) {
+        return DiscardTemporary(-1, temporary);
+    }
+    SyncDirectory(target);
+    return true;
 }
 
 }  // namespace vel

@@ -5,7 +5,7 @@
 namespace vel {
 
 class CVelFile {
-public:
+  public:
     enum eOpenType { eOpenRead = 0, eOpenWrite = 1 };
     enum eSeekOrigin { eSeekBegin = 0, eSeekCurrent = 1, eSeekEnd = 2 };
 
@@ -27,7 +27,16 @@ public:
 
     static int GetLastError();  // errno of the last failed call
 
-private:
+  private:
     int m_fd = -1;
 };
+
+// Replaces the file name with size bytes so that it is never seen half-written: they go to a
+// temporary file in the same directory, which is synced, given the old file's permissions and
+// renamed over it. A symbolic link is followed, even one naming no file yet, so that the file
+// it names is replaced and the link stays. A file that may not be written is refused, and a
+// device or FIFO is written in place. On failure the temporary file is removed, the old file is
+// untouched and GetLastError has the errno.
+bool ReplaceFileContents(const char* name, const void* data, int size);
+
 }  // namespace vel

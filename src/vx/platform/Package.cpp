@@ -11,6 +11,7 @@ namespace {
 
 std::mutex g_finalizerMutex;
 std::atomic<int> g_nestingLimit{kDefaultNestingLimit};
+std::atomic<bool> g_externalLoading{true};
 
 std::vector<void (*)()>& Finalizers() {  // guarded by g_finalizerMutex
     static std::vector<void (*)()> finalizers;
@@ -53,6 +54,14 @@ void SetNestingLimit(int depth) {
 
 int GetNestingLimit() {
     return g_nestingLimit.load();
+}
+
+void SetExternalLoading(bool enabled) {
+    g_externalLoading.store(enabled);
+}
+
+bool IsExternalLoadingEnabled() {
+    return g_externalLoading.load();
 }
 
 }  // namespace vx

@@ -18,4 +18,9 @@ constexpr int kDefaultNestingLimit = 1000;
 void SetNestingLimit(int depth);
 int GetNestingLimit();
 
+// Hosts that parse untrusted input turn this off: the external entity loaders then refuse
+// every system literal with code 5 and open no file. On by default.
+void SetExternalLoading(bool enabled);
+bool IsExternalLoadingEnabled();
+
 }  // namespace vx

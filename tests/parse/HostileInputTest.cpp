@@ -1,0 +1,328 @@
+// Input made to hurt: each case must end in diagnostics or the designed exception, in time and
+// memory that follow the size of the input, and leave nothing behind (the sanitizer build checks
+// for leaks at exit).
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+
+#include "ParseTestUtil.h"
+#include "vx/dom/XmlCharData.h"
+#include "vx/platform/Package.h"
+
+namespace {
+
+using namespace parsetest;
+using vx::CVelStrW;
+
+const std::string kDecl = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+
+void Write(const std::string& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+Document ParseFile(const std::string& path) {
+    return Document(vx::CParse::ParseForFile(vx::CVelStr(path.c_str())));
+}
+
+std::string Repeat(const std::string& text, int count) {
+    std::string out;
+    out.reserve(text.size() * static_cast<std::size_t>(count));
+    for (int i = 0; i < count; ++i)
+        out += text;
+    return out;
+}
+
+std::string Nest(const std::string& inner, int depth) {
+    return Repeat("<e>", depth) + inner + Repeat("</e>", depth);
+}
+
+// The what() of the std::runtime_error that body throws, or "" when it throws none.
+template <class Body>
+std::string Thrown(Body body) {
+    try {
+        body();
+    } catch (const std::runtime_error& e) {
+        return e.what();
+    }
+    return "";
+}
+
+// Sets the nesting limit for one scope.
+class NestingLimit {
+  public:
+    explicit NestingLimit(int depth) { vx::SetNestingLimit(depth); }
+    ~NestingLimit() { vx::SetNestingLimit(vx::kDefaultNestingLimit); }
+    NestingLimit(const NestingLimit&) = delete;
+    NestingLimit& operator=(const NestingLimit&) = delete;
+};
+
+// Element depth below nodes.
+int Depth(const vx::CXmlListContainer& nodes) {
+    int depth = 0;
+    for (int i = 0; i < nodes.GetSize(); ++i) {
+        if (nodes.GetAt(i)->GetClassType() != vx::eXmlElementType) continue;
+        const auto* element = static_cast<const vx::CXmlElement*>(nodes.GetAt(i));
+        depth = std::max(depth, 1 + Depth(element->GetChildren()));
+    }
+    return depth;
+}
+
+// Every entry point meets the limit with the designed exception: a file, a fragment, and an
+// external entity, whose content counts where it is referenced, however it was put together.
+TEST(HostileInput, NestingPastTheLimitThrowsFromEveryEntryPoint) {
+    TempDir dir;
+    const NestingLimit limit(20);
+    const std::string deep = dir / "deep.xml";
+    Write(deep, kDecl + Nest("", 21));
+    EXPECT_EQ(Thrown([&] { ParseFile(deep); }), "dummy");
+    vx::CXmlElement element(nullptr);
+    EXPECT_EQ(Thrown([&] { element.ParseFromMemory(Wide(u"<a><b><c/></b></a>"), nullptr); }), "");
+    const std::u16string fragment = Text(CVelStrW(vx::CVelStr(Nest("", 21).c_str())));
+    EXPECT_EQ(Thrown([&] { element.ParseFromMemory(Wide(fragment), nullptr); }), "dummy");
+    EXPECT_EQ(Text(element.GetName()), u"a");
+
+    // inner.xml is 10 deep; outer.xml puts it 5 deeper.
+    Write(dir / "inner.xml", kDecl + Nest("x", 10));
+    Write(dir / "outer.xml", kDecl + Nest("&inner;", 5));
+    const std::string subset =
+        "<!DOCTYPE e [<!ENTITY inner SYSTEM 'inner.xml'>"
+        "<!ENTITY outer SYSTEM 'outer.xml'>]>";
+    const std::string fits = dir / "fits.xml", past = dir / "past.xml";
+    Write(fits, kDecl + subset + Nest("&outer;", 5));
+    Write(past, kDecl + subset + Nest("&outer;", 6));
+    const Document document = ParseFile(fits);
+    EXPECT_EQ(Diags(document->GetErrList()), D{});
+    EXPECT_EQ(Depth(document->GetRootElement().GetChildren()) + 1, 20);
+    EXPECT_EQ(Thrown([&] { ParseFile(past); }), "dummy");
+    // References side by side add nothing to the depth. The check is made where an entity is
+    // built too, so that no content deeper than the limit is ever kept.
+    Write(dir / "outer.xml", kDecl + Nest("&inner;&inner;", 5));
+    EXPECT_EQ(Diags(ParseFile(fits)->GetErrList()), D{});
+    Write(dir / "outer.xml", kDecl + Nest("&inner;", 11));
+    EXPECT_EQ(Thrown([&] { ParseFile(fits); }), "dummy");
+}
+
+// Attributes a0='v' a1='v' ... in a tag left open.
+std::u16string OpenTag(int count) {
+    std::string tag = "<?xml version=\"1.0\"?><r";
+    for (int i = 0; i < count; ++i)
+        tag += " a" + std::to_string(i) + "='v'";
+    return Text(CVelStrW(vx::CVelStr(tag.c_str())));
+}
+
+// A tag that repeats name at its end gets code 17 after the repeating attribute, from both
+// readings of the tag, as from the scan that the set of names replaced.
+void ExpectRepeatedAtTheEnd(const std::u16string& tag, const std::u16string& name) {
+    const std::u16string text = tag + u" " + name + u"='w'/>";
+    D expected = Twice(D{{17, 1, static_cast<int>(text.size()) - 1}});
+    expected.push_back({7, 0, 0});
+    EXPECT_EQ(DiagsOf(text), expected) << vx::CVelStr(Wide(name)).c_str();
+}
+
+// Past a few attributes the duplicate check keeps a set of names: parsing and building stay
+// linear, and a repeated name gets the diagnostics it always got, wherever its first use was.
+TEST(HostileInput, ATagWithAHundredThousandAttributes) {
+    constexpr int kCount = 100000;
+    const std::u16string tag = OpenTag(kCount);
+    std::u16string text = tag + u" last='&#10;'/>";
+    text.replace(text.find(u"a0='v'"), 6, u"a0='&#10;'");
+    const Document document = ParseBuf(text);
+    EXPECT_EQ(Diags(document->GetErrList()), D{});
+    vx::CSmallVector<CVelStrW> names;
+    const vx::CXmlElement& root = document->GetRootElement();
+    root.GetAttNameList(names);
+    ASSERT_EQ(names.GetSize(), kCount + 1);
+    EXPECT_EQ(Text(names[0]), u"a0");
+    EXPECT_EQ(Text(names[kCount - 1]), u"a99999");
+    EXPECT_EQ(Text(root.GetAtt(names[kCount - 1]).GetValue()), u"v");
+    // The first and the last attribute still belong to the element after the vector grew:
+    // they write the document's line ends.
+    vx::CVelStringBuffer<CVelStrW> source;
+    root.GetSource(source);
+    const std::u16string written = Text(source.ToString());
+    EXPECT_EQ(written.substr(0, 25), u"<r a0=\"&#13;&#10;\" a1=\"v\"");
+    EXPECT_EQ(written.substr(written.size() - 30), u"a99999=\"v\" last=\"&#13;&#10;\"/>");
+    ExpectRepeatedAtTheEnd(tag, u"a0");
+
+    // Names on either side of where the set takes over.
+    const std::u16string few = OpenTag(20);
+    for (const char16_t* name : {u"a0", u"a14", u"a15", u"a16", u"a19"})
+        ExpectRepeatedAtTheEnd(few, name);
+    ExpectRepeatedAtTheEnd(OpenTag(2), u"a1");
+}
+
+// A notation with a lone public literal keeps the error of its first reading and is then
+// accepted, so each such line adds one diagnostic and the parse goes on.
+TEST(HostileInput, AMillionDiagnostics) {
+    constexpr int kLines = 1000000;
+    std::u16string text = u"<?xml version=\"1.0\"?><!DOCTYPE r [\n";
+    for (int i = 0; i < kLines; ++i)
+        text += u"<!NOTATION n PUBLIC \"x\">\n";
+    const Document document = ParseBuf(text + u"]><r/>");
+    const vx::CParseErrorList errors = document->GetErrList();
+    ASSERT_EQ(errors.GetSize(), kLines);
+    const vx::CParseError& last = errors.GetAt(kLines - 1);
+    EXPECT_EQ((Diag{last.GetErrCode(), last.GetLine(), last.GetColumn()}),
+              (Diag{10, kLines + 1, 24}));
+    EXPECT_EQ(errors.GetCount(vx::CParseError::eErrLevelError), kLines);
+    EXPECT_EQ(Text(document->GetRootElement().GetName()), u"r");
+}
+
+// One text node of 100 MB (50M units). The scan of character data is linear, and the text
+// is taken from the source in one piece.
+TEST(HostileInput, AHundredMegabyteTextNode) {
+    constexpr int kUnits = 50 * 1024 * 1024;
+    std::u16string text = u"<?xml version=\"1.0\"?><r>";
+    text.append(kUnits, u'x');
+    text += u"&amp;</r>";
+    Document document = ParseBuf(text);
+    text.clear();
+    EXPECT_EQ(Diags(document->GetErrList()), D{});
+    const vx::CXmlListContainer& nodes = document->GetRootElement().GetChildren();
+    ASSERT_EQ(nodes.GetSize(), 2);
+    const CVelStrW node = static_cast<const vx::CXmlCData*>(nodes.GetAt(0))->GetText();
+    ASSERT_EQ(node.GetLength(), kUnits);
+    EXPECT_EQ(node[kUnits - 1], u'x');
+}
+
+// An entity's value is stored as written: references in it are never expanded again, so the
+// billion-laughs shape stays a few hundred characters.
+TEST(HostileInput, EntityValuesThatReferToOtherEntitiesAreExpandedOnce) {
+    std::u16string subset = u"<!ENTITY lol0 'lol'>";
+    for (int level = 1; level < 10; ++level) {
+        const std::u16string name = u"lol" + std::u16string(1, u'0' + level);
+        const std::u16string reference = u"&lol" + std::u16string(1, u'0' + level - 1) + u";";
+        subset += u"<!ENTITY " + name + u" '";
+        for (int i = 0; i < 10; ++i)
+            subset += reference;
+        subset += u"'>";
+    }
+    const Document document = ParseBuf(u"<?xml version=\"1.0\"?><!DOCTYPE r [" + subset +
+                                       u"]><r a='&lol9;'>&lol9;&lol9;</r>");
+    EXPECT_EQ(Diags(document->GetErrList()), D{});
+    const vx::CXmlElement& root = document->GetRootElement();
+    std::u16string lol8Ten;
+    for (int i = 0; i < 10; ++i)
+        lol8Ten += u"&lol8;";
+    EXPECT_EQ(Text(root.GetAtt(CVelStrW(u"a")).GetValue()), lol8Ten);
+    EXPECT_EQ(Text(root.GetText()), lol8Ten + lol8Ten);
+}
+
+// References to a long value in attribute values would copy it each time: beyond what the
+// parse allows (here 256 copies of 64K units) the reference gets code 4. In content, the
+// nodes share the value, so any number of references is fine.
+TEST(HostileInput, AttributeValuesCopyEntitiesOnlyUpToAnAllowance) {
+    const std::u16string head =
+        u"<?xml version=\"1.0\"?><!DOCTYPE r [<!ENTITY e '" + std::u16string(65536, u'x') + u"'>]>";
+    std::u16string references;
+    for (int i = 0; i < 256; ++i)
+        references += u"&e;";
+    const Document fits = ParseBuf(head + u"<r a='" + references + u"'>" + references + u"</r>");
+    EXPECT_EQ(Diags(fits->GetErrList()), D{});
+    EXPECT_EQ(fits->GetRootElement().GetAtt(CVelStrW(u"a")).GetValue().GetLength(), 256 * 65536);
+    EXPECT_EQ(fits->GetRootElement().GetChildren().GetSize(), 256);
+
+    // The second reading of the failed tag finds the allowance spent already.
+    const std::u16string past = head + u"<r a='" + references + u"&e;'/>";
+    const int column = static_cast<int>(past.rfind(u"&e;")) + 1;
+    const Document refused = ParseBuf(past);
+    const D diags = Diags(refused->GetErrList());
+    ASSERT_GE(diags.size(), 3u);
+    EXPECT_EQ(D(diags.begin(), diags.begin() + 2), (D{{4, 1, column}, {26, 1, column}}));
+    EXPECT_EQ(diags.back(), (Diag{7, 0, 0}));
+    EXPECT_TRUE(refused->GetRootElement().GetName().IsEmpty());
+}
+
+// External entities are parsed when declared, with the references to those declared before
+// them expanded: ten files of ten references each would make a billion nodes. Their copies
+// count against the same allowance, so the declaration that passes it fails with code 4.
+TEST(HostileInput, ExternalEntitiesThatReferToEachOtherCannotMultiply) {
+    TempDir dir;
+    Write(dir / "e0.xml", kDecl + "<a/>");
+    std::string subset = "<!ENTITY e0 SYSTEM 'e0.xml'>";
+    for (int level = 1; level < 10; ++level) {
+        const std::string name = "e" + std::to_string(level);
+        Write(dir / (name + ".xml"), kDecl + Repeat("&e" + std::to_string(level - 1) + ";", 10));
+        subset += "<!ENTITY " + name + " SYSTEM '" + name + ".xml'>";
+    }
+    const std::string path = dir / "doc.xml";
+    Write(path, kDecl + "<!DOCTYPE r [" + subset + "]><r>&e9;</r>");
+    const Document document = ParseFile(path);
+    EXPECT_EQ(Diags(document->GetErrList()), (D{{4, 0, 0}, {7, 0, 0}}));
+
+    // Five levels, a hundred thousand nodes, are well within it.
+    Write(path,
+          kDecl + "<!DOCTYPE r [" + subset.substr(0, subset.find("<!ENTITY e6")) + "]><r>&e5;</r>");
+    const Document fits = ParseFile(path);
+    EXPECT_EQ(Diags(fits->GetErrList()), D{});
+    EXPECT_EQ(fits->GetRootElement().GetChildren().GetSize(), 100000);
+}
+
+// Whatever a system literal names, only a regular file is read: a directory, a device, a FIFO
+// without a writer (which must not block) and a missing file all get code 2.
+TEST(HostileInput, ExternalEntitiesThatNameNoRegularFile) {
+    TempDir dir;
+    std::filesystem::create_directory(dir / "folder");
+    ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0600), 0);
+    const std::string path = dir / "doc.xml";
+    for (const std::string& literal : {dir / "folder", std::string("/dev/zero"),
+                                       std::string("/dev/null"), dir / "fifo", dir / "missing"}) {
+        Write(path, kDecl + "<!DOCTYPE r [<!ENTITY e SYSTEM '" + literal + "'>]><r>&e;</r>");
+        EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{2, 0, 0}, {7, 0, 0}})) << literal;
+        Write(path, kDecl + "<!DOCTYPE r SYSTEM '" + literal + "'><r/>");
+        EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{2, 0, 0}, {7, 0, 0}})) << literal;
+    }
+    EXPECT_EQ(Diags(ParseFile(dir / "folder")->GetErrList()), (D{{2, -1, -1}}));
+}
+
+// ASCII text in a wide encoding of unitBytes bytes, little-endian.
+std::string Widen(const std::string& text, std::size_t unitBytes) {
+    std::string bytes;
+    for (const char ch : text) {
+        bytes += ch;
+        bytes.append(unitBytes - 1, '\0');
+    }
+    return bytes;
+}
+
+// A file that ends inside a character, in each encoding that the reader converts: code 6, where
+// the whole character gives a well-formed document.
+TEST(HostileInput, ATruncatedCharacterAtTheEndOfTheFile) {
+    TempDir dir;
+    const auto decl = [](const std::string& encoding) {
+        return "<?xml version=\"1.0\" encoding=\"" + encoding + "\"?><r>";
+    };
+    const std::string utf16 = "\xFF\xFE" + Widen("<?xml version=\"1.0\"?><r/>", 2);
+    const std::string ucs4 = Widen("<?xml version=\"1.0\"?><r/>", 4);
+    const struct {
+        std::string whole, cut;
+    } cases[] = {
+        {decl("Shift_JIS") + "\x88\x9F</r>", decl("Shift_JIS") + "\x88"},
+        {decl("MS932") + "\x88\x9F</r>", decl("MS932") + "\x88"},
+        {decl("EUC-JP") + "\xB0\xA1</r>", decl("EUC-JP") + "\xB0"},
+        {decl("EUC-JP") + "\x8F\xB0\xA1</r>", decl("EUC-JP") + "\x8F\xB0"},
+        {decl("ISO-2022-JP") + "\x1B$B0!\x1B(B</r>", decl("ISO-2022-JP") + "\x1B$B0"},
+        {decl("ISO-2022-JP") + "\x1B$B0!\x1B(B</r>", decl("ISO-2022-JP") + "\x1B$"},
+        {decl("UTF-8") + "\xE4\xBA\x9C</r>", decl("UTF-8") + "\xE4\xBA"},
+        {decl("UTF-8") + "\xF0\x9F\x98\x80</r>", decl("UTF-8") + "\xF0\x9F\x98"},
+        {utf16 + Widen(" ", 2), utf16 + " "},
+        {ucs4 + Widen(" ", 4), ucs4 + " "},
+        {ucs4 + Widen(" ", 4), ucs4 + std::string(" \0\0", 3)},
+    };
+    const std::string path = dir / "doc.xml";
+    for (const auto& [whole, cut] : cases) {
+        Write(path, whole);
+        EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), D{}) << whole;
+        Write(path, cut);
+        EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{6, 0, 0}})) << cut;
+    }
+    // Half a surrogate pair is whole UTF-16 and reaches the grammar, which refuses it.
+    Write(path, utf16 + std::string("\x3D\xD8", 2));
+    EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{7, 0, 0}}));
+}
+
+}  // namespace

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <stdexcept>
 
 #include "DomTestSupport.h"
@@ -86,6 +87,19 @@ TEST(ListContainer, CopiesAreDeepAndParentedToTheirContainer) {
     EXPECT_EQ(copy.GetParent(), nullptr);
     EXPECT_EQ(Source(copy), "a<e/>a<e/>");
     EXPECT_EQ(copy.GetAt(2)->GetParent(), &copy);
+}
+
+TEST(ListContainer, TakesANodeItselfWhenHandedOver) {
+    CXmlListContainer list(nullptr);
+    list.Reserve(2);
+    auto node = std::make_unique<CXmlElement>(nullptr);
+    const CXmlElement* made = node.get();
+    CXmlElement* appended = list.PushBack(std::move(node));
+    EXPECT_EQ(appended, made);
+    EXPECT_EQ(appended->GetParent(), &list);
+    list.PushBack(std::make_unique<CXmlCData>(nullptr))->SetText(u"x");
+    appended->SetName(u"e");
+    EXPECT_EQ(Source(list), "<e/>x");
 }
 
 TEST(ListContainer, CopyListToListRefusesContainersAndDtds) {

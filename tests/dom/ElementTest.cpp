@@ -1,5 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <list>
+#include <map>
+#include <string>
+#include <utility>
+
 #include "DomTestSupport.h"
 #include "vx/dom/NameCache.h"
 #include "vx/dom/XmlCharData.h"
@@ -148,4 +154,58 @@ TEST(NameCache, SharesEqualStringsAndEvictsTheLeastRecentlyUsed) {
 
     Finalize();  // releases the caches; the next use starts an empty one
     EXPECT_EQ(ElementNameCache().GetSize(), 0);
+}
+
+TEST(NameCache, InternsUnitsInPlaceAndCopiesThemOnlyWhenNew) {
+    CNameCache cache(2);
+    const CVelStrW alpha(u"alpha");
+    cache.Intern(alpha);
+    const char16_t units[] = u"<alpha>";
+    EXPECT_EQ(cache.Intern(units + 1, 5).c_str(), alpha.c_str());
+    const CVelStrW open = cache.Intern(units, 1);  // new: a copy of the unit
+    EXPECT_NE(open.c_str(), units);
+    EXPECT_EQ(open, CVelStrW(u"<"));
+    // Both forms share one order: alpha is now the least recently used and a third name drops it.
+    cache.Intern(CVelStrW(u"gamma"));
+    EXPECT_EQ(cache.Intern(units, 1).c_str(), open.c_str());
+    const CVelStrW alpha2(u"alpha");
+    EXPECT_EQ(cache.Intern(alpha2).c_str(), alpha2.c_str());
+}
+
+// A long pseudo-random run over a few more names than fit, checked against a plain list: the
+// cache hands out the same buffer exactly as long as the list still holds the name. Names come
+// as units, as fresh strings, and as strings the cache handed out before (maybe since dropped).
+TEST(NameCache, AgreesWithARecencyListOverManyInterns) {
+    constexpr int kCapacity = 7;
+    CNameCache cache(kCapacity);
+    std::list<std::pair<std::u16string, CVelStrW>> recent;  // most recent first
+    std::map<std::u16string, CVelStrW> handedOut;
+    unsigned state = 1;
+    for (int i = 0; i < 30000; ++i) {
+        state = state * 1103515245u + 12345u;
+        const std::u16string text(1 + (state >> 16) % 3,
+                                  static_cast<char16_t>(u'a' + (state >> 20) % 13));
+        const int length = static_cast<int>(text.size());
+        const auto earlier = handedOut.find(text);
+        CVelStrW got;
+        if (i % 3 == 0) {
+            got = cache.Intern(text.c_str(), length);
+        } else if (i % 3 == 1 || earlier == handedOut.end()) {
+            got = cache.Intern(CVelStrW(text.c_str()));
+        } else {
+            got = cache.Intern(earlier->second);
+        }
+        handedOut[text] = got;
+        ASSERT_EQ(std::u16string(got.c_str(), length), text);
+        const auto found = std::find_if(recent.begin(), recent.end(),
+                                        [&](const auto& entry) { return entry.first == text; });
+        if (found != recent.end()) {
+            ASSERT_EQ(got.c_str(), found->second.c_str()) << "intern " << i;
+            recent.splice(recent.begin(), recent, found);
+        } else {
+            recent.emplace_front(text, got);
+            if (recent.size() > kCapacity) recent.pop_back();
+        }
+        ASSERT_EQ(cache.GetSize(), static_cast<int>(recent.size()));
+    }
 }

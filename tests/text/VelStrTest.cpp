@@ -194,4 +194,24 @@ TEST(VelStrTest, SearchCompareAndSlice) {
     EXPECT_EQ(text.SubStr(0).c_str(), text.c_str());
 }
 
+// The search works on blocks of units: every position in and after a block must be found, and
+// units that share a byte with the wanted one must not be.
+TEST(VelStrTest, FindUnitAtEveryPositionAndNoLookAlikes) {
+    std::u16string units(37, u'\x0D0D');
+    units[20] = u'\xFF0D';
+    for (int at = 0; at < static_cast<int>(units.size()); ++at) {
+        std::u16string text = units;
+        text[at] = u'<';
+        EXPECT_EQ(velstr::FindUnit(text.data(), 0, 37, u'&', u'<', u']'), at);
+        EXPECT_EQ(velstr::FindUnit(text.data(), at + 1, 37, u'&', u'<', u']'), 37);
+        EXPECT_EQ(velstr::FindUnit(text.data(), 0, at, u'<', u'<', u'<'), at);  // not past length
+        const CVelStrW wide(text.c_str(), 37);
+        EXPECT_EQ(wide.Pos(u'<'), at);
+        const bool pair = at < 36 && text[at + 1] == u'\x0D0D';
+        EXPECT_EQ(wide.Pos(CVelStrW(u"<\x0D0D")), pair ? at : CVelStrW::npos);
+    }
+    EXPECT_EQ(velstr::FindUnit(units.data(), 0, 37, u'\r', u'\r', u'\r'), 37);
+    EXPECT_EQ(CVelStr("a;b;c").Pos(';', 2), 3);
+}
+
 }  // namespace

@@ -1,22 +1,140 @@
 #include "vx/dom/NameCache.h"
 
+#include <cstdint>
+
 #include "vx/platform/Package.h"
 
 namespace vx {
 
+namespace {
+
+std::u16string_view View(const CVelStrW& text) {
+    return {text.c_str(), static_cast<std::size_t>(text.GetLength())};
+}
+
+// At most half full, so probes stay short.
+std::size_t TableSize(int capacity) {
+    std::size_t size = 8;
+    while (size < 2 * static_cast<std::size_t>(capacity))
+        size *= 2;
+    return size;
+}
+
+constexpr std::size_t kAddressSlots = 256;
+
+}  // namespace
+
+CNameCache::CNameCache(int capacity)
+    : m_capacity(capacity),
+      m_entries(capacity > 0 ? capacity : 0),
+      m_slots(TableSize(capacity), -1),
+      m_byAddress(kAddressSlots, -1) {}
+
 CVelStrW CNameCache::Intern(const CVelStrW& text) {
-    const auto found = m_index.find(text);
-    if (found != m_index.end()) {
-        m_order.splice(m_order.begin(), m_order, found->second);
+    if (m_capacity <= 0) return text;
+    // Equal addresses are one shared buffer, so equal texts.
+    const int hint = m_byAddress[AddressSlot(text.c_str())];
+    if (hint >= 0 && m_entries[hint].text.c_str() == text.c_str()) {
+        MakeNewest(hint);
+        return text;
+    }
+    return m_entries[Use(View(text), [&] { return text; })].text;
+}
+
+CVelStrW CNameCache::Intern(const char16_t* text, int length) {
+    if (m_capacity <= 0) return CVelStrW(text, length);
+    return m_entries[Use({text, static_cast<std::size_t>(length)},
+                         [&] { return CVelStrW(text, length); })]
+        .text;
+}
+
+template <class MakeString>
+int CNameCache::Use(std::u16string_view units, MakeString make) {
+    // Tree building interns again what the parser has just interned: no need to look it up.
+    if (m_newest >= 0 && View(m_entries[m_newest].text) == units) return m_newest;
+    const std::size_t hash = std::hash<std::u16string_view>()(units);
+    std::size_t slot = FindSlot(units, hash);
+    int entry = m_slots[slot];
+    if (entry >= 0) {
+        MakeNewest(entry);
+        m_byAddress[AddressSlot(m_entries[entry].text.c_str())] = entry;
+        return entry;
+    }
+    if (m_size < m_capacity) {
+        entry = m_size++;
     } else {
-        m_order.push_front(text);
-        m_index.emplace(text, m_order.begin());
-        if (GetSize() > m_capacity) {
-            m_index.erase(m_order.back());
-            m_order.pop_back();
+        entry = m_oldest;  // dropped, and its entry reused
+        Unlink(entry);
+        EraseSlot(SlotOf(entry));
+        slot = FindSlot(units, hash);
+    }
+    Entry& fresh = m_entries[entry];
+    fresh.text = make();
+    fresh.hash = hash;
+    m_slots[slot] = entry;
+    m_byAddress[AddressSlot(fresh.text.c_str())] = entry;
+    LinkNewest(entry);
+    return entry;
+}
+
+void CNameCache::MakeNewest(int entry) {
+    if (entry == m_newest) return;
+    Unlink(entry);
+    LinkNewest(entry);
+}
+
+std::size_t CNameCache::AddressSlot(const char16_t* units) const {
+    // Buffers are at least 16 bytes apart.
+    return (reinterpret_cast<std::uintptr_t>(units) >> 4) % m_byAddress.size();
+}
+
+std::size_t CNameCache::FindSlot(std::u16string_view units, std::size_t hash) const {
+    const std::size_t mask = m_slots.size() - 1;
+    std::size_t slot = hash & mask;
+    for (; m_slots[slot] >= 0; slot = (slot + 1) & mask) {
+        const Entry& entry = m_entries[m_slots[slot]];
+        if (entry.hash == hash && View(entry.text) == units) break;
+    }
+    return slot;
+}
+
+std::size_t CNameCache::SlotOf(int entry) const {
+    const std::size_t mask = m_slots.size() - 1;
+    std::size_t slot = m_entries[entry].hash & mask;
+    while (m_slots[slot] != entry)
+        slot = (slot + 1) & mask;
+    return slot;
+}
+
+// Empties slot and moves back the entries after it that could not sit in their own slot, so
+// that no probe meets a gap before its entry (deletion in linear probing, without markers).
+void CNameCache::EraseSlot(std::size_t slot) {
+    const std::size_t mask = m_slots.size() - 1;
+    for (std::size_t next = (slot + 1) & mask; m_slots[next] >= 0; next = (next + 1) & mask) {
+        const std::size_t home = m_entries[m_slots[next]].hash & mask;
+        // The entry at next stays when its home lies cyclically in (slot, next].
+        const bool stays =
+            slot < next ? (slot < home && home <= next) : (slot < home || home <= next);
+        if (!stays) {
+            m_slots[slot] = m_slots[next];
+            slot = next;
         }
     }
-    return m_order.front();
+    m_slots[slot] = -1;
+}
+
+void CNameCache::Unlink(int entry) {
+    Entry& e = m_entries[entry];
+    (e.newer >= 0 ? m_entries[e.newer].older : m_newest) = e.older;
+    (e.older >= 0 ? m_entries[e.older].newer : m_oldest) = e.newer;
+    e.newer = e.older = -1;
+}
+
+void CNameCache::LinkNewest(int entry) {
+    Entry& e = m_entries[entry];
+    e.older = m_newest;
+    (m_newest >= 0 ? m_entries[m_newest].newer : m_oldest) = entry;
+    m_newest = entry;
 }
 
 namespace {

@@ -1,8 +1,9 @@
 #pragma once
 // Process-wide caches that let equal names and attribute values share one stored string.
 // Each keeps its most recently used strings, up to a fixed capacity.
-#include <list>
-#include <unordered_map>
+#include <cstddef>
+#include <string_view>
+#include <vector>
 
 #include "vx/text/VelStr.h"
 
@@ -10,7 +11,7 @@ namespace vx {
 
 class CNameCache {
   public:
-    explicit CNameCache(int capacity) : m_capacity(capacity) {}
+    explicit CNameCache(int capacity);
     CNameCache(const CNameCache&) = delete;
     CNameCache& operator=(const CNameCache&) = delete;
 
@@ -18,14 +19,46 @@ class CNameCache {
     // recently used; text itself is cached when no equal string is. Past the capacity the
     // least recently used string is dropped.
     CVelStrW Intern(const CVelStrW& text);
+    // The same for the units text[0, length), which are copied only when no equal string is
+    // cached: a parser interns straight from its source.
+    CVelStrW Intern(const char16_t* text, int length);
 
     int GetCapacity() const noexcept { return m_capacity; }
-    int GetSize() const noexcept { return static_cast<int>(m_order.size()); }
+    int GetSize() const noexcept { return m_size; }
 
   private:
+    // A cached string, linked into the recency order by entry index (-1: none).
+    struct Entry {
+        CVelStrW text;
+        std::size_t hash = 0;
+        int newer = -1;
+        int older = -1;
+    };
+
+    // The entry holding units, made the most recently used; make() gives the string to cache
+    // when there is none.
+    template <class MakeString>
+    int Use(std::u16string_view units, MakeString make);
+    void MakeNewest(int entry);
+    // The slot holding units, or the empty slot where they would go.
+    std::size_t FindSlot(std::u16string_view units, std::size_t hash) const;
+    std::size_t SlotOf(int entry) const;
+    void EraseSlot(std::size_t slot);
+    void Unlink(int entry);
+    void LinkNewest(int entry);
+    std::size_t AddressSlot(const char16_t* units) const;
+
     int m_capacity;
-    std::list<CVelStrW> m_order;  // most recently used first
-    std::unordered_map<CVelStrW, std::list<CVelStrW>::iterator> m_index;
+    int m_size = 0;
+    int m_newest = -1;
+    int m_oldest = -1;
+    // Every intern runs during a parse, so the cache is a fixed block that never allocates:
+    // the entries, and an open-addressing table of entry indexes (-1: empty) probed linearly.
+    std::vector<Entry> m_entries;
+    std::vector<int> m_slots;
+    // Entry indexes by the address of the cached string's units, so that a string this cache
+    // handed out is found again without hashing its text. A hint only: checked on use.
+    std::vector<int> m_byAddress;
 };
 
 // Created on first use; vx::Finalize releases them.

@@ -38,16 +38,27 @@ void CXmlElement::SetName(const CVelStrW& name) {
     m_name = ElementNameCache().Intern(name);
 }
 
+// A stored attribute's parent is already this element, and assignment keeps it.
 void CXmlElement::SetAtt(const CVelStrW& name, const CXmlAttribute& attribute) {
     CXmlAttribute copy(attribute);
     copy.SetName(name);
-    auto slot = std::find_if(m_attributes.begin(), m_attributes.end(), CAttByName(name));
+    const auto slot = std::find_if(m_attributes.begin(), m_attributes.end(), CAttByName(name));
     if (slot == m_attributes.end()) {
-        m_attributes.PushBack(CXmlAttribute(nullptr));
-        slot = &m_attributes.Back();
+        AppendAtt(copy);
+    } else {
+        *slot = copy;
     }
-    *slot = copy;
-    AdoptAttributes();
+}
+
+void CXmlElement::AppendAtt(const CXmlAttribute& attribute) {
+    const CXmlAttribute* const before = m_attributes.begin();
+    m_attributes.PushBack(attribute);
+    // Only a new block moves the others; the vector doubles, so adopting them all is amortised.
+    if (m_attributes.begin() != before) {
+        AdoptAttributes();
+    } else {
+        m_attributes.Back().SetParent(this);
+    }
 }
 
 CXmlAttribute CXmlElement::GetAtt(const CVelStrW& name) const {

@@ -7,6 +7,8 @@
 
 namespace vx {
 
+class CParse;
+
 class CXmlElement : public CXmlTextObject {
   public:
     // Matches an attribute by exact name.
@@ -66,6 +68,13 @@ class CXmlElement : public CXmlTextObject {
     bool ParseFromMemory(const CVelStrW& text, CParseErrorList* errors);
 
   private:
+    // The tree builder appends attributes whose names the parser has already found distinct,
+    // without the search of SetAtt, so that a tag with very many attributes stays linear.
+    friend class CParse;
+    // Appends a copy of attribute, named as it is; amortised constant time.
+    void AppendAtt(const CXmlAttribute& attribute);
+    // Room for count attributes in all, so that the builder allocates them once.
+    void ReserveAtt(int count) { m_attributes.Reserve(count); }
     // Attributes lose their parent whenever the vector copies them.
     void AdoptAttributes() noexcept;
 

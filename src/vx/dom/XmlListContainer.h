@@ -1,6 +1,9 @@
 #pragma once
 // An ordered list of child nodes of mixed kinds. The container owns its children: it stores
 // copies of what it is given, parents them to itself and destroys them.
+#include <concepts>
+#include <memory>
+
 #include "vx/dom/XmlBaseObject.h"
 #include "vx/text/SmallVector.h"
 
@@ -51,6 +54,16 @@ class CXmlListContainer : public CXmlBaseObject {
     CXmlElement* PushBack(const CXmlElement& node);
     // Appends copies of all of other's children, in order.
     void PushBack(const CXmlListContainer& other);
+    // Appends node itself, not a copy, and parents it: what a builder that has just made the
+    // node uses, so that the node is made once.
+    template <class Node>
+    requires std::derived_from<Node, CXmlTextObject> Node* PushBack(std::unique_ptr<Node> node) {
+        m_list.PushBack(node.get());
+        node->SetParent(this);
+        return node.release();
+    }
+    // Room for count children in all: a builder that knows how many come allocates once.
+    void Reserve(int count) { m_list.Reserve(count); }
 
     void Erase(int pos);
     void Move(int from, int to);

@@ -1,5 +1,6 @@
 // Names, character runs, attributes and attribute values.
 #include "vx/dom/NameCache.h"
+#include "vx/dom/XmlDtd.h"
 #include "vx/parse/Expressions.h"
 #include "vx/parse/Parse.h"
 #include "vx/parse/ReferenceExpansion.h"
@@ -26,7 +27,7 @@ bool CParseName::Interpreter(CParse& parser, int start, int& end) {
     end = start + 1;
     while (end < length && IsNameChar(src[end]))
         ++end;
-    m_name = NameCache().Intern(src.SubStr(start, end - start));
+    m_name = NameCache().Intern(src.c_str() + start, end - start);
     return true;
 }
 
@@ -55,20 +56,38 @@ bool CParseAttValue::Interpreter(CParse& parser, int start, int& end) {
     }
     bool sawReference = false;
     if (!ScanReferences(parser, literal.first, literal.close, sawReference, end)) return false;
-    CVelStrW value = src.SubStr(literal.first, literal.Length());
     if (sawReference) {
         CVelStrW expanded;
-        if (!ConvertReferenceForString(expanded, value, parser.GetDtd())) {
+        if (!ConvertReferenceForString(expanded, src.SubStr(literal.first, literal.Length()),
+                                       parser.GetDtd())) {
             return Fail(parser, CParseError::eErrUndefinedEntity, start, end);
         }
-        value = expanded;
+        m_value = AttributeValueCache().Intern(expanded);
+    } else {
+        m_value = AttributeValueCache().Intern(src.c_str() + literal.first, literal.Length());
     }
-    m_value = AttributeValueCache().Intern(value);
     end = literal.close + 1;
     return true;
 }
 
-// Checks the references of source[first, last) and refuses "<".
+namespace {
+
+// The length of the text that the expansion copies for reference: that of a declared internal
+// entity, nothing for the rest.
+int ReplacementLength(const CParse& parser, const CParseReference& reference) {
+    if (reference.GetKind() != CParseReference::eEntityRef) return 0;
+    const CVelStrW name = reference.GetEntityRef().GetName();
+    const CXmlDtd* dtd = parser.GetDtd();
+    if (!dtd || FindPredefinedEntity(name, 0, name.GetLength()) || !dtd->hasInternalGE(name)) {
+        return 0;
+    }
+    return dtd->getInternalGE(name).GetLength();
+}
+
+}  // namespace
+
+// Checks the references of source[first, last) and refuses "<". Copies of entity text beyond
+// the parse's allowance are refused with code 4 at the reference.
 bool CParseAttValue::ScanReferences(CParse& parser, int first, int last, bool& sawReference,
                                     int& end) {
     const CVelStrW& src = parser.Source();
@@ -84,6 +103,9 @@ bool CParseAttValue::ScanReferences(CParse& parser, int first, int last, bool& s
         int next = pos;
         if (!reference.Interpreter(parser, pos, next)) {
             return Fail(parser, CParseError::eErrReference, next, end);
+        }
+        if (!parser.ChargeExpansion(ReplacementLength(parser, reference))) {
+            return Fail(parser, CParseError::eErrNoMemory, pos, end);
         }
         sawReference = true;
         pos = next > pos ? next : pos + 1;

@@ -1,6 +1,5 @@
 // The text inside elements: character data, CDATA sections, entity and character references.
 #include <algorithm>
-#include <cstdlib>
 
 #include "vx/parse/Expressions.h"
 #include "vx/parse/Parse.h"
@@ -11,13 +10,12 @@ namespace vx {
 
 bool CParseCharData::Interpreter(CParse& parser, int start, int& end) {
     const CVelStrW& src = parser.Source();
-    const CVelStrW& cdataClose = Keywords().cdataClose;
-    end = start;
-    for (; end < src.GetLength(); ++end) {
-        const char16_t ch = src[end];
-        if (ch == u'<' || ch == u'&' || (ch == u']' && src.MatchAt(end, cdataClose))) break;
-    }
-    if (end > start) m_text = src.SubStr(start, end - start);
+    const int length = src.GetLength();
+    end = FindUnit(src.c_str(), start, length, u'<', u'&', u']');
+    // A "]" ends the run only where "]]>" begins.
+    while (end < length && src[end] == u']' && !src.MatchAt(end, Keywords().cdataClose))
+        end = FindUnit(src.c_str(), end + 1, length, u'<', u'&', u']');
+    if (end > start) m_text = parser.Texts().Get(src.c_str() + start, end - start);
     return true;
 }
 
@@ -114,7 +112,8 @@ bool CParseCharRef::Interpreter(CParse& parser, int start, int& end) {
     // A reference cut off by the end of the source is absent, not an error (deliberate).
     if (pos == src.GetLength()) return Absent(start, end);
     if (src[pos] != u';' || pos == first) return Fail(parser, CParseError::eErrCharRef, pos, end);
-    m_digits = src.SubStr(start + 2, pos - start - 2);  // with the "x" of a hexadecimal one
+    // The digits, with the "x" of a hexadecimal reference; equal ones share a string.
+    m_digits = parser.Texts().Get(src.c_str() + start + 2, pos - start - 2);
     end = pos + 1;
     return true;
 }
@@ -122,9 +121,15 @@ bool CParseCharRef::Interpreter(CParse& parser, int start, int& end) {
 CVelStrW CParseCharRef::ToStr() const {
     if (m_digits.IsEmpty()) return {};
     const bool hex = m_digits[0] == u'x';
-    const CVelStr digits(hex ? m_digits.SubStr(1) : m_digits);
-    // Read as a 32-bit long would: larger values saturate.
-    const long value = std::min(std::strtol(digits.c_str(), nullptr, hex ? 16 : 10), 0x7FFFFFFFL);
+    // The digits were checked when matched, so this reads them as strtol would, without the
+    // narrow copy; and as a 32-bit long would, larger values saturate.
+    constexpr long kMax = 0x7FFFFFFF;
+    long value = 0;
+    for (int i = hex ? 1 : 0; i < m_digits.GetLength(); ++i) {
+        const char16_t digit = m_digits[i];
+        const int unit = digit <= u'9' ? digit - u'0' : (digit | 0x20) - u'a' + 10;
+        value = std::min(value * (hex ? 16 : 10) + unit, kMax);
+    }
     if (value == 0) return {};
     return CVelStrW(static_cast<char16_t>(value & 0xFFFF));
 }

@@ -1,5 +1,7 @@
 // Elements: the tags, the content and the element itself.
+#include <algorithm>
 #include <memory>
+#include <unordered_set>
 #include <utility>
 
 #include "vx/dom/NameCache.h"
@@ -25,6 +27,23 @@ bool MatchTagName(CParse& parser, int& pos, const CVelStrW& open, CVelStrW& name
     return true;
 }
 
+// Whether an attribute so far has name. A scan is cheapest for the usual few attributes; past
+// kScanLimit the names go into seen, so that a tag with very many stays linear.
+bool IsDuplicateName(const CAttributeList& attributes, const CVelStrW& name,
+                     std::unordered_set<CVelStrW>& seen) {
+    constexpr int kScanLimit = 16;
+    if (attributes.GetSize() < kScanLimit) {
+        return std::any_of(
+            attributes.begin(), attributes.end(),
+            [&](const CParseAttribute& earlier) { return earlier.GetName() == name; });
+    }
+    if (seen.empty()) {
+        for (const CParseAttribute& earlier : attributes)
+            seen.insert(earlier.GetName());
+    }
+    return !seen.insert(name).second;
+}
+
 template <class T>
 std::unique_ptr<T> DeepCopy(const std::unique_ptr<T>& source) {
     return source ? std::make_unique<T>(*source) : nullptr;
@@ -39,6 +58,7 @@ bool CParseTag::MatchTag(CParse& parser, int start, int& end, const CVelStrW& cl
     const CVelStrW& src = parser.Source();
     m_name.Clear();
     m_attributes.Clear();
+    m_otherCloserEnd = -1;
     int pos = start;
     if (!MatchTagName(parser, pos, Keywords().tagOpen, m_name)) {
         return Absent(start, end);
@@ -49,22 +69,29 @@ bool CParseTag::MatchTag(CParse& parser, int start, int& end, const CVelStrW& cl
         end = pos;
         return true;
     }
-    if (src.MatchAt(pos, other)) return Absent(start, end);
+    if (src.MatchAt(pos, other)) {
+        m_otherCloserEnd = pos + other.GetLength();
+        return Absent(start, end);
+    }
     return FailUnclosed(parser, pos, end);
+}
+
+void CParseTag::TakeOver(CParseTag&& other) {
+    m_name = std::move(other.m_name);
+    m_attributes = std::move(other.m_attributes);
 }
 
 // (S Attribute)*, leaving pos before the white space that no attribute follows.
 bool CParseTag::MatchAttributes(CParse& parser, int& pos, int& end) {
     const CVelStrW& src = parser.Source();
+    std::unordered_set<CVelStrW> seen;
     while (pos < src.GetLength()) {
         int next = SkipWhiteSpace(src, pos);
         if (next == pos) break;
         CParseAttribute attribute;
         if (!TryMatch(attribute, parser, next)) break;
-        for (const CParseAttribute& earlier : m_attributes) {
-            if (earlier.GetName() == attribute.GetName()) {
-                return Fail(parser, CParseError::eErrDuplicateAtt, next, end);
-            }
+        if (IsDuplicateName(m_attributes, attribute.GetName(), seen)) {
+            return Fail(parser, CParseError::eErrDuplicateAtt, next, end);
         }
         m_attributes.PushBack(std::move(attribute));
         pos = next;
@@ -74,6 +101,12 @@ bool CParseTag::MatchAttributes(CParse& parser, int& pos, int& end) {
 
 bool CParseSTag::Interpreter(CParse& parser, int start, int& end) {
     return MatchTag(parser, start, end, Keywords().tagClose, Keywords().emptyTagClose);
+}
+
+int CParseSTag::TakeOver(CParseEmptyElemTag&& scan) {
+    const int end = scan.GetOtherCloserEnd();
+    CParseTag::TakeOver(std::move(scan));
+    return end;
 }
 
 bool CParseEmptyElemTag::Interpreter(CParse& parser, int start, int& end) {
@@ -199,13 +232,20 @@ bool CParseElement::Interpreter(CParse& parser, int start, int& end) {
         end = pos;
         return true;
     }
-    return MatchSTagContentETag(parser, start, end);
+    return MatchSTagContentETag(parser, start, end, std::move(emptyElemTag));
 }
 
-bool CParseElement::MatchSTagContentETag(CParse& parser, int start, int& end) {
+bool CParseElement::MatchSTagContentETag(CParse& parser, int start, int& end,
+                                         CParseEmptyElemTag&& scan) {
     CParseSTag sTag;
     int pos = start;
-    if (!TryMatch(sTag, parser, pos)) return Absent(start, end);
+    // Every start tag is read by the empty-element form first, which stops at its ">"; reading
+    // it again would give the same tag (no error can precede a ">" that closes it).
+    if (scan.GetOtherCloserEnd() >= 0) {
+        pos = sTag.TakeOver(std::move(scan));
+    } else if (!TryMatch(sTag, parser, pos)) {
+        return Absent(start, end);
+    }
     CParse::CNestingScope level(parser);
     m_sTag = std::make_unique<CParseSTag>(std::move(sTag));
     m_form = eSTagContent;

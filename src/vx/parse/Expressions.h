@@ -352,24 +352,35 @@ class CParseTag : public CAbstractExpression {
   public:
     CVelStrW GetName() const { return m_name; }
     const CAttributeList& GetAttributes() const { return m_attributes; }
+    // After a match left to the other form because its closer stood there: the position after
+    // that closer, else -1. The name and attributes are then what the other form would read.
+    int GetOtherCloserEnd() const { return m_otherCloserEnd; }
 
   protected:
     // Matches the tag closed by closer; a tag closed by other is left to the other form.
     bool MatchTag(CParse& parser, int start, int& end, const CVelStrW& closer,
                   const CVelStrW& other);
+    // Takes the name and attributes of a match of the other form that was left to this one.
+    void TakeOver(CParseTag&& other);
 
   private:
     bool MatchAttributes(CParse& parser, int& pos, int& end);
 
     CVelStrW m_name;
     CAttributeList m_attributes;
+    int m_otherCloserEnd = -1;
 };
+
+class CParseEmptyElemTag;
 
 // A start tag, closed by ">" (codes 15, 17, 19).
 class CParseSTag : public CParseTag {
   public:
     bool Interpreter(CParse& parser, int start, int& end) override;
     eParseClassType GetClassType() const override { return eParseSTag; }
+    // The start tag that an empty-element match read up to ">", which a match of its own would
+    // read again with the same result and no error. Returns the position after ">".
+    int TakeOver(CParseEmptyElemTag&& scan);
 };
 
 // An empty-element tag, closed by "/>" (codes 15, 17, 19).
@@ -442,7 +453,7 @@ class CParseElement : public CAbstractExpression {
     void CopyMember(const CParseElement& other);
 
   private:
-    bool MatchSTagContentETag(CParse& parser, int start, int& end);
+    bool MatchSTagContentETag(CParse& parser, int start, int& end, CParseEmptyElemTag&& scan);
 
     std::unique_ptr<CParseEmptyElemTag> m_emptyElemTag;
     std::unique_ptr<CParseSTag> m_sTag;

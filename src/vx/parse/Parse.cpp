@@ -1,6 +1,7 @@
 // The parse driver: file or buffer in, document out.
 #include "vx/parse/Parse.h"
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <utility>
@@ -123,6 +124,15 @@ void CParse::AddError(CParseError::eError code, int position) {
 
 void CParse::AddError(CParseError::eError code, int line, int column) {
     m_errors.PushBack(CParseError(code, line, column, m_source));
+}
+
+bool CParse::ChargeExpansion(std::int64_t units) {
+    constexpr std::int64_t kFloor = std::int64_t{1} << 24;
+    constexpr std::int64_t kCeiling = std::int64_t{1} << 30;
+    const std::int64_t allowance =
+        std::min(kCeiling, std::max(kFloor, 4 * std::int64_t{m_source.GetLength()}));
+    m_expansion += units;
+    return m_expansion <= allowance;
 }
 
 void CParse::SetSource(CVelStrW text) {

@@ -2,6 +2,7 @@
 // The reading side's entry point: a file or a wide buffer in, a new CXmlDocument out, holding
 // the tree and every diagnostic of the run. Malformed input never throws; exceptions (misuse,
 // nesting beyond GetNestingLimit()) are logged and passed on to the host.
+#include <cstdint>
 #include <memory>
 #include <utility>
 
@@ -11,6 +12,7 @@
 #include "vx/platform/Guard.h"
 #include "vx/platform/Logger.h"
 #include "vx/text/CommonFunc.h"
+#include "vx/text/ShortTextCache.h"
 #include "vx/text/VelStr.h"
 
 namespace vx {
@@ -56,13 +58,24 @@ class CParse {
     void SetSource(CVelStrW text);
     CXmlDtd* GetDtd() const { return m_dtd; }
 
+    // Attribute values get a copy of each internal entity they refer to, and the tree a copy
+    // of each external one, so a few references could ask for unbounded memory. Adds units
+    // (of text, or kNodeUnits per node) to what this parse has copied; false once that passes
+    // the allowance: 16M units, or four times the source if larger, never more than 1G units.
+    bool ChargeExpansion(std::int64_t units);
+    static constexpr int kNodeUnits = 16;  // a node takes about the memory of 16 units of text
+
+    // Short runs of character data recur; equal ones share one string.
+    CShortTextCache& Texts() { return m_texts; }
+
     // Content is matched but not recorded while set. The library never sets it.
     bool IsRecordSuppressed() const { return m_recordSuppressed; }
     void SetRecordSuppressed(bool suppressed) { m_recordSuppressed = suppressed; }
 
     // External entities named by a system literal, read for the document being parsed: a
     // relative path is resolved against the document's directory, "file:///" is cut off and
-    // "http://" refused (code 61). Problems go to this parser's error list.
+    // "http://" refused (code 61); with external loading off every literal is refused (code 5).
+    // Problems go to this parser's error list.
     // The entity's content, owned by the caller, or null.
     CXmlParsedEntity* ParseExtParsedEntityForFile(CVelStrW systemLiteral);
     // Reads the external subset's declarations into this parser's DTD; true when all of the
@@ -117,6 +130,8 @@ class CParse {
     bool m_recordSuppressed = false;
     std::unique_ptr<CLineIndex> m_lineIndex;  // of m_source, built on the first positioned error
     int m_depth = 0;
+    std::int64_t m_expansion = 0;  // units charged by ChargeExpansion
+    CShortTextCache m_texts;
 };
 
 }  // namespace vx

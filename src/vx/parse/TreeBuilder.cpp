@@ -1,25 +1,40 @@
 // From the productions to the document model. Comments and processing instructions do not
 // survive into the tree, and every reference is replaced by its expansion.
+#include <algorithm>
+#include <cstdint>
+#include <memory>
 #include <stdexcept>
 
 #include "vx/dom/XmlCharData.h"
 #include "vx/dom/XmlDocument.h"
 #include "vx/parse/Parse.h"
+#include "vx/platform/Package.h"
 
 namespace vx {
 
 namespace {
 
+template <class Node>
 void AppendText(CXmlListContainer& target, const CVelStrW& text) {
-    CXmlCData node(nullptr);
-    node.SetText(text);
-    target.PushBack(node);
+    target.PushBack(std::make_unique<Node>(nullptr))->SetText(text);
 }
 
-void AppendCDSect(CXmlListContainer& target, const CVelStrW& text) {
-    CXmlCDSect node(nullptr);
-    node.SetText(text);
-    target.PushBack(node);
+// The nodes and the element depth of a content tree.
+struct CTreeSize {
+    std::int64_t nodes = 0;
+    int depth = 0;
+};
+
+// Recurses no deeper than the limit: every content tree the parser keeps was checked by
+// AppendEntity before it was built.
+void Measure(const CXmlListContainer& nodes, int level, CTreeSize& size) {
+    for (int i = 0; i < nodes.GetSize(); ++i) {
+        ++size.nodes;
+        const CXmlBaseObject* node = nodes.GetAt(i);
+        if (node->GetClassType() != eXmlElementType) continue;
+        size.depth = std::max(size.depth, level + 1);
+        Measure(static_cast<const CXmlElement*>(node)->GetChildren(), level + 1, size);
+    }
 }
 
 [[noreturn]] void ThrowUnknown(int line, const char* what) {
@@ -46,6 +61,8 @@ bool CParse::MakeXmlTree(CXmlDocument& document) {
 }
 
 bool CParse::SetElementInfo(CXmlElement& element, CParseElement& source) {
+    // Counts the levels that external entities add to the tree; see AppendEntity.
+    CNestingScope level(*this);
     const CParseTag* tag = nullptr;
     switch (source.GetForm()) {
         case CParseElement::eEmptyElemTag:
@@ -62,11 +79,13 @@ bool CParse::SetElementInfo(CXmlElement& element, CParseElement& source) {
         return false;
     }
     element.SetName(tag->GetName());
+    // The tag refused duplicate names, so what SetAtt would search for is never there.
+    element.ReserveAtt(tag->GetAttributes().GetSize());
     for (const CParseAttribute& attribute : tag->GetAttributes()) {
         CXmlAttribute node(nullptr);
         node.SetName(attribute.GetName());
         node.SetValue(attribute.GetAttValue().GetValue());
-        element.SetAtt(attribute.GetName(), node);
+        element.AppendAtt(node);
     }
     if (source.GetForm() == CParseElement::eEmptyElemTag) return true;
     if (!SetElementContentInfo(&element.GetChildren(), source.GetContent())) return false;
@@ -78,13 +97,15 @@ bool CParse::SetElementInfo(CXmlElement& element, CParseElement& source) {
 // happened: an element is appended before it is filled.
 bool CParse::SetElementContentInfo(CXmlListContainer* target, CParseContent* content) {
     if (!content) return true;
+    target->Reserve(target->GetSize() + content->GetList().GetSize());
     for (CAbstractExpression* item : content->GetList()) {
         switch (item->GetClassType()) {
             case eParseCharData:
-                AppendText(*target, static_cast<const CParseCharData*>(item)->GetCharData());
+                AppendText<CXmlCData>(*target,
+                                      static_cast<const CParseCharData*>(item)->GetCharData());
                 break;
             case eParseElement:
-                if (!SetElementInfo(*target->PushBack(CXmlElement(nullptr)),
+                if (!SetElementInfo(*target->PushBack(std::make_unique<CXmlElement>(nullptr)),
                                     *static_cast<CParseElement*>(item))) {
                     return false;
                 }
@@ -98,7 +119,7 @@ bool CParse::SetElementContentInfo(CXmlListContainer* target, CParseContent* con
                 }
                 break;
             case eParseCDSect:
-                AppendCDSect(*target, static_cast<const CParseCDSect*>(item)->GetCData());
+                AppendText<CXmlCDSect>(*target, static_cast<const CParseCDSect*>(item)->GetCData());
                 break;
             default:
                 ThrowUnknown(__LINE__, "不明なクラス");
@@ -110,7 +131,7 @@ bool CParse::SetElementContentInfo(CXmlListContainer* target, CParseContent* con
 bool CParse::AppendReference(CXmlListContainer& target, const CParseReference& reference) {
     switch (reference.GetKind()) {
         case CParseReference::eCharRef:
-            AppendText(target, reference.GetCharRef().ToStr());
+            AppendText<CXmlCData>(target, m_texts.Get(reference.GetCharRef().ToStr()));
             return true;
         case CParseReference::eEntityRef:
             return AppendEntity(target, reference.GetEntityRef().GetName());
@@ -124,11 +145,21 @@ bool CParse::AppendReference(CXmlListContainer& target, const CParseReference& r
 // again), then an external parsed one (its content); anything else is code 62.
 bool CParse::AppendEntity(CXmlListContainer& target, const CVelStrW& name) {
     if (const CVelStrW* text = FindPredefinedEntity(name, 0, name.GetLength())) {
-        AppendText(target, *text);
+        AppendText<CXmlCData>(target, *text);
     } else if (m_dtd->hasInternalGE(name)) {
-        AppendText(target, m_dtd->getInternalGE(name));
+        AppendText<CXmlCData>(target, m_dtd->getInternalGE(name));
     } else if (m_dtd->hasExternalGE(name)) {
         if (const CXmlParsedEntity* entity = m_dtd->getExternalGEContent(name)) {
+            // Each reference copies the entity's tree, which may hold copies of others: its
+            // depth counts where it lands and its nodes against the parse's allowance, so that
+            // entities of entities can neither nest past the limit nor multiply without end.
+            CTreeSize size;
+            Measure(entity->GetContent(), 0, size);
+            if (m_depth + size.depth > GetNestingLimit()) throw std::runtime_error("dummy");
+            if (!ChargeExpansion(size.nodes * kNodeUnits)) {
+                AddError(CParseError::eErrNoMemory);
+                return false;
+            }
             target.PushBack(entity->GetContent());
         }
     } else {

@@ -124,8 +124,9 @@ void GetLineAndCol(const CVelStrW& text, int position, int& line, int& column) {
 
 CLineIndex::CLineIndex(const CVelStrW& text) : m_lineStarts{0}, m_length(text.GetLength()) {
     const char16_t* units = text.c_str();
-    for (int i = 0; i < m_length; ++i) {
-        if (units[i] == kLf) m_lineStarts.push_back(i + 1);
+    for (int i = FindUnit(units, 0, m_length, kLf, kLf, kLf); i < m_length;
+         i = FindUnit(units, i + 1, m_length, kLf, kLf, kLf)) {
+        m_lineStarts.push_back(i + 1);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstring>
 #include <functional>
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -26,32 +27,42 @@ class CBaseRefCnt {
     int m_refCount = 1;
 };
 
-// The shared representation. Short texts live in the inline buffer, so names cost one
-// allocation only.
+// The shared representation: one block holding the counts and the units, so that every string
+// costs one allocation. Short texts get room for kInlineUnits - 1 units, enough for most names.
 template <typename T>
 class CVelStrRefCntTC : public CBaseRefCnt {
   public:
     static constexpr int kInlineUnits = 8;
 
-    explicit CVelStrRefCntTC(int capacity)
-        : m_data(capacity < kInlineUnits ? m_inline : new T[capacity + 1]),
-          m_capacity(capacity < kInlineUnits ? kInlineUnits - 1 : capacity) {
-        m_data[0] = T();
+    static CVelStrRefCntTC* Create(int capacity) {
+        if (capacity < kInlineUnits - 1) capacity = kInlineUnits - 1;
+        void* block = ::operator new(sizeof(CVelStrRefCntTC) + (capacity + 1) * sizeof(T));
+        return new (block) CVelStrRefCntTC(capacity);
     }
-    ~CVelStrRefCntTC() {
-        if (m_data != m_inline) delete[] m_data;
+    static void Destroy(CVelStrRefCntTC* rep) noexcept {
+        rep->~CVelStrRefCntTC();
+        ::operator delete(rep);
     }
     CVelStrRefCntTC(const CVelStrRefCntTC&) = delete;
     CVelStrRefCntTC& operator=(const CVelStrRefCntTC&) = delete;
 
-    T* m_data;
+    T* Data() noexcept { return reinterpret_cast<T*>(this + 1); }
+
     int m_length = 0;
     int m_capacity;  // units available, not counting the terminator
-    T m_inline[kInlineUnits];
+
+  private:
+    explicit CVelStrRefCntTC(int capacity) : m_capacity(capacity) { Data()[0] = T(); }
+    ~CVelStrRefCntTC() = default;
 };
 
 // Thrown by misuse of a string operation; what() names the operation.
 void ThrowStringError(const char* what);
+
+// Index of the first unit of text[from, length) that is a, b or c, or length when there is
+// none. Searching text is the innermost loop of parsing, so this one runs on vector registers.
+int FindUnit(const char16_t* text, int from, int length, char16_t a, char16_t b,
+             char16_t c) noexcept;
 
 template <typename T, typename Derived>
 class CVelStrBase {
@@ -86,14 +97,14 @@ class CVelStrBase {
     int GetLength() const noexcept { return m_rep ? m_rep->m_length : 0; }
     bool IsEmpty() const noexcept { return GetLength() == 0; }
     // Never null; always terminated.
-    const T* c_str() const noexcept { return m_rep ? m_rep->m_data : EmptyText(); }
+    const T* c_str() const noexcept { return m_rep ? m_rep->Data() : EmptyText(); }
     // Unchecked, like std::string: callers index inside the text; index GetLength() reads the
     // terminator, also of an empty string.
     T operator[](int index) const noexcept { return c_str()[index]; }
 
     void SetAt(int index, T ch) {
         MakePrivate(GetLength());
-        m_rep->m_data[index] = ch;
+        m_rep->Data()[index] = ch;
     }
 
     Derived& operator+=(const CVelStrBase& other) {
@@ -186,7 +197,7 @@ class CVelStrBase {
         if (m_rep && m_rep->Release()) DeleteRep(m_rep);
     }
     // Out of line: inlined, g++ 12 takes the shared count of two handles for a use after free.
-    [[gnu::noinline]] static void DeleteRep(Rep* rep) noexcept { delete rep; }
+    [[gnu::noinline]] static void DeleteRep(Rep* rep) noexcept { Rep::Destroy(rep); }
     int Compare(const CVelStrBase& other, int count, bool foldCase) const noexcept;
 
     Rep* m_rep = nullptr;  // null is the empty string
@@ -233,10 +244,10 @@ class CVelStr : public CVelStrBase<char, CVelStr> {
 template <typename T, typename D>
 void CVelStrBase<T, D>::Assign(const T* text, int length) {
     if (length <= 0) return;
-    m_rep = new Rep(length);
-    std::memcpy(m_rep->m_data, text, length * sizeof(T));
+    m_rep = Rep::Create(length);
+    std::memcpy(m_rep->Data(), text, length * sizeof(T));
     m_rep->m_length = length;
-    m_rep->m_data[length] = T();
+    m_rep->Data()[length] = T();
 }
 
 template <typename T, typename D>
@@ -244,10 +255,10 @@ void CVelStrBase<T, D>::MakePrivate(int capacity) {
     if (m_rep && m_rep->GetRefCount() == 1 && capacity <= m_rep->m_capacity) return;
     // GetBuffer may ask for less room than the current text holds.
     const int length = GetLength() < capacity ? GetLength() : capacity;
-    Rep* fresh = new Rep(capacity);
-    if (length) std::memcpy(fresh->m_data, m_rep->m_data, length * sizeof(T));
+    Rep* fresh = Rep::Create(capacity);
+    if (length) std::memcpy(fresh->Data(), m_rep->Data(), length * sizeof(T));
     fresh->m_length = length;
-    fresh->m_data[length] = T();
+    fresh->Data()[length] = T();
     ReleaseRep();
     m_rep = fresh;
 }
@@ -261,13 +272,13 @@ void CVelStrBase<T, D>::Append(const T* text, int count) {
     if (!owned || length + count > m_rep->m_capacity) {
         const int capacity = owned ? (length + count) + (length + count) / 2  // amortised growth
                                    : length + count;
-        target = new Rep(capacity);
-        if (length) std::memcpy(target->m_data, m_rep->m_data, length * sizeof(T));
+        target = Rep::Create(capacity);
+        if (length) std::memcpy(target->Data(), m_rep->Data(), length * sizeof(T));
     }
     // The old buffer is released only after the copy, as text may point into it.
-    std::memmove(target->m_data + length, text, count * sizeof(T));
+    std::memmove(target->Data() + length, text, count * sizeof(T));
     target->m_length = length + count;
-    target->m_data[length + count] = T();
+    target->Data()[length + count] = T();
     if (target != m_rep) {
         ReleaseRep();
         m_rep = target;
@@ -282,8 +293,8 @@ T* CVelStrBase<T, D>::GetBuffer(int length) {
     }
     MakePrivate(length);
     m_rep->m_length = length;
-    m_rep->m_data[length] = T();
-    return m_rep->m_data;
+    m_rep->Data()[length] = T();
+    return m_rep->Data();
 }
 
 template <typename T, typename D>
@@ -295,7 +306,7 @@ void CVelStrBase<T, D>::Truncate(int length) {
     }
     MakePrivate(GetLength());
     m_rep->m_length = length;
-    m_rep->m_data[length] = T();
+    m_rep->Data()[length] = T();
 }
 
 template <typename T, typename D>
@@ -305,9 +316,8 @@ int CVelStrBase<T, D>::Pos(const CVelStrBase& sub, int from) const noexcept {
     if (from < 0) from = 0;
     if (n == 0) return from < GetLength() ? from : npos;
     const T* text = c_str();
-    const T first = sub[0];
-    for (int i = from; i <= last; ++i) {
-        if (text[i] == first && std::memcmp(text + i, sub.c_str(), n * sizeof(T)) == 0) return i;
+    for (int i = Pos(sub[0], from); i >= 0 && i <= last; i = Pos(sub[0], i + 1)) {
+        if (std::memcmp(text + i, sub.c_str(), n * sizeof(T)) == 0) return i;
     }
     return npos;
 }
@@ -315,10 +325,17 @@ int CVelStrBase<T, D>::Pos(const CVelStrBase& sub, int from) const noexcept {
 template <typename T, typename D>
 int CVelStrBase<T, D>::Pos(T ch, int from) const noexcept {
     const T* text = c_str();
-    for (int i = from < 0 ? 0 : from; i < GetLength(); ++i) {
-        if (text[i] == ch) return i;
+    const int length = GetLength();
+    if (from < 0) from = 0;
+    if (from >= length) return npos;
+    int found;
+    if constexpr (sizeof(T) == sizeof(char16_t)) {
+        found = FindUnit(text, from, length, ch, ch, ch);
+    } else {
+        const void* hit = std::memchr(text + from, ch, length - from);
+        found = hit ? static_cast<int>(static_cast<const T*>(hit) - text) : length;
     }
-    return npos;
+    return found < length ? found : npos;
 }
 
 template <typename T, typename D>
@@ -383,6 +400,7 @@ bool CVelStrBase<T, D>::Less(const CVelStrBase& a, const CVelStrBase& b) noexcep
 namespace vx {
 using velstr::CVelStr;
 using velstr::CVelStrW;
+using velstr::FindUnit;
 }  // namespace vx
 
 template <>

@@ -1,0 +1,39 @@
+#include "vx/text/ShortTextCache.h"
+
+#include <cstring>
+#include <functional>
+#include <string_view>
+
+namespace vx {
+
+namespace {
+
+bool Holds(const CVelStrW& slot, const char16_t* units, int length) {
+    return slot.GetLength() == length &&
+           std::memcmp(slot.c_str(), units, length * sizeof(char16_t)) == 0;
+}
+
+}  // namespace
+
+CVelStrW* CShortTextCache::Slot(const char16_t* units, int length) {
+    if (length > kMaxLength) return nullptr;
+    const std::size_t hash =
+        std::hash<std::u16string_view>()({units, static_cast<std::size_t>(length)});
+    return &m_slots[hash % kSlots];
+}
+
+CVelStrW CShortTextCache::Get(const char16_t* units, int length) {
+    CVelStrW* slot = Slot(units, length);
+    if (!slot) return CVelStrW(units, length);
+    if (!Holds(*slot, units, length)) *slot = CVelStrW(units, length);
+    return *slot;
+}
+
+CVelStrW CShortTextCache::Get(const CVelStrW& text) {
+    CVelStrW* slot = Slot(text.c_str(), text.GetLength());
+    if (!slot) return text;
+    if (!Holds(*slot, text.c_str(), text.GetLength())) *slot = text;
+    return *slot;
+}
+
+}  // namespace vx

@@ -32,7 +32,7 @@ TEST(ElementDecl, ErrorsOfTheModelAlsoGetTheNameCode) {
     EXPECT_EQ(DiagsOfDecl(u"<!ELEMENT e (#PCDATA|)*>"), (D{{15, 1, 22}, {37, 1, 22}}));
     EXPECT_EQ(DiagsOfDecl(u"<!ELEMENT e (a,b>"), (D{{41, 1, 17}, {37, 1, 17}}));
     EXPECT_EQ(DiagsOfDecl(u"<!ELEMENT e (a|b,c)>"), (D{{41, 1, 17}, {37, 1, 17}}));
-    // An absent content specification raises nothing of its own.
+    // An absent content model raises nothing of its own.
     EXPECT_EQ(DiagsOfDecl(u"<!ELEMENT e foo>"), (D{{39, 1, 13}}));
 }
 

@@ -9,7 +9,7 @@ bool CParseElementDecl::Interpreter(CParse& parser, int start, int& end) {
     if (!AcceptKeyword(parser.Source(), pos, Keywords().elementDeclOpen)) {
         return Absent(start, end);
     }
-    // A content specification that fails gets the element-name code too, on purpose.
+    // A content model that fails gets the element-name code too, on purpose.
     return MatchSpaceAndName(parser, pos, CParseError::eErrNoElementName, m_name, end) &&
            MatchSpace(parser, pos, end) &&
            ResultTest(m_contentSpec, parser, pos, CParseError::eErrNoElementName, end) &&

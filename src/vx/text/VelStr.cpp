@@ -183,9 +183,9 @@ CVelStrW& CVelStrW::Format(const char16_t* format, ...) {
             continue;
         }
         // Flags and width, then an optional 'l', then the conversion.
-        std::string spec = "%";
+        std::string conversion = "%";
         while (*++p && (*p == u'0' || *p == u'-' || (*p >= u'1' && *p <= u'9'))) {
-            spec += static_cast<char>(*p);
+            conversion += static_cast<char>(*p);
         }
         const bool isLong = *p == u'l';
         if (isLong) ++p;
@@ -204,18 +204,18 @@ CVelStrW& CVelStrW::Format(const char16_t* format, ...) {
             case u'u':
             case u'x':
             case u'X':
-                spec += isLong ? "l" : "";
-                spec += static_cast<char>(*p);
+                conversion += isLong ? "l" : "";
+                conversion += static_cast<char>(*p);
                 if (isLong) {
-                    std::snprintf(number, sizeof number, spec.c_str(), va_arg(args, long));
+                    std::snprintf(number, sizeof number, conversion.c_str(), va_arg(args, long));
                 } else {
-                    std::snprintf(number, sizeof number, spec.c_str(), va_arg(args, int));
+                    std::snprintf(number, sizeof number, conversion.c_str(), va_arg(args, int));
                 }
                 for (const char* q = number; *q; ++q)
                     out += static_cast<char16_t>(*q);
                 continue;
             default:  // an unknown conversion is written as it stands
-                for (char c : spec)
+                for (char c : conversion)
                     out += static_cast<char16_t>(c);
                 if (!*p) {
                     --p;

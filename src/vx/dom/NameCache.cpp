@@ -22,6 +22,14 @@ std::size_t TableSize(int capacity) {
 
 constexpr std::size_t kAddressSlots = 256;
 
+// FNV-1a over the units, inline: names are short, and a library call costs more than the loop.
+std::size_t Hash(std::u16string_view units) {
+    std::uint64_t hash = 14695981039346656037ULL;
+    for (const char16_t unit : units)
+        hash = (hash ^ unit) * 1099511628211ULL;
+    return static_cast<std::size_t>(hash);
+}
+
 }  // namespace
 
 CNameCache::CNameCache(int capacity)
@@ -52,7 +60,7 @@ template <class MakeString>
 int CNameCache::Use(std::u16string_view units, MakeString make) {
     // Tree building interns again what the parser has just interned: no need to look it up.
     if (m_newest >= 0 && View(m_entries[m_newest].text) == units) return m_newest;
-    const std::size_t hash = std::hash<std::u16string_view>()(units);
+    const std::size_t hash = Hash(units);
     std::size_t slot = FindSlot(units, hash);
     int entry = m_slots[slot];
     if (entry >= 0) {

@@ -1,5 +1,3 @@
-#include <fstream>
-
 #include "ParseTestUtil.h"
 #include "vx/platform/CodeConv.h"
 
@@ -27,6 +25,23 @@ TEST(Driver, UnmatchedTextStopsTheParseWithoutATree) {
     EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?>\r\r<a/>\r\n<!--"), (D{{14, 4, 5}, {7, 0, 0}}));
 }
 
+// Positions come from an index of line starts, which must follow a change of source.
+TEST(Driver, PositionsFollowASwappedSource) {
+    vx::CParse parser;
+    parser.SetSource(Wide(u"<a>text</a>\n<a>"));
+    parser.AddError(vx::CParseError::eErrUnexpectedChar, 13);
+    parser.SetSource(Wide(u"\n\nx"));
+    parser.AddError(vx::CParseError::eErrUnexpectedChar, 2);
+    EXPECT_EQ(Diags(parser.GetErrList()), (D{{15, 2, 2}, {15, 3, 1}}));
+}
+
+// The keyword tables are released by Finalize and must come back on the next parse.
+TEST(Driver, KeywordsSurviveFinalize) {
+    vx::Finalize();
+    EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?><a><![CDATA[x]]></a>"), D{});
+    vx::Finalize();
+}
+
 // A Japanese document; the declaration names the encoding it is saved in.
 std::u16string Japanese(const std::u16string& encoding) {
     return u"<?xml version=\"1.0\" encoding=\"" + encoding +
@@ -43,10 +58,6 @@ std::string Encode(const std::u16string& text, vcc::eCodeType code) {
                                bytes.data(), &size, code));
     bytes.resize(size);
     return bytes;
-}
-
-void Write(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
 }
 
 std::string RootSource(const vx::CXmlDocument& document) {
@@ -72,8 +83,8 @@ TEST(Driver, ReadsTheSameTreeFromEveryEncoding) {
     TempDir dir;
     for (const auto& file : files) {
         const std::string path = dir / "doc.xml";
-        Write(path, file.prefix + Encode(Japanese(file.name), file.code));
-        const Document parsed(vx::CParse::ParseForFile(vx::CVelStr(path.c_str())));
+        WriteFile(path, file.prefix + Encode(Japanese(file.name), file.code));
+        const Document parsed = ParseFile(path);
         EXPECT_EQ(Diags(parsed->GetErrList()), D{}) << path << " " << file.code;
         EXPECT_EQ(RootSource(*parsed), RootSource(*expected)) << file.code;
     }
@@ -83,8 +94,8 @@ TEST(Driver, RefusedFiles) {
     TempDir dir;
     const std::string path = dir / "doc.xml";
     auto diagsOf = [&](const std::string& bytes) {
-        Write(path, bytes);
-        return Diags(Document(vx::CParse::ParseForFile(vx::CVelStr(path.c_str())))->GetErrList());
+        WriteFile(path, bytes);
+        return Diags(ParseFile(path)->GetErrList());
     };
     std::u16string swapped = Japanese(u"UTF-16");
     for (char16_t& unit : swapped)
@@ -95,7 +106,7 @@ TEST(Driver, RefusedFiles) {
     EXPECT_EQ(diagsOf("<?xml version='1.0' encoding='Shift_JIS'?><a>\x81<</a>"), (D{{6, 0, 0}}));
 
     const std::string missing = dir / "missing.xml";
-    const Document none(vx::CParse::ParseForFile(vx::CVelStr(missing.c_str())));
+    const Document none = ParseFile(missing);
     ASSERT_EQ(Diags(none->GetErrList()), (D{{2, -1, -1}}));
     EXPECT_EQ(vx::CVelStr(none->GetErrList().GetAt(0).GetSource()).c_str(), missing);
 }
@@ -105,7 +116,7 @@ TEST(Driver, CheckCodeType) {
     TempDir dir;
     const std::string path = dir / "doc.xml";
     auto check = [&](const std::string& bytes) {
-        Write(path, bytes);
+        WriteFile(path, bytes);
         bool supported = false;
         vcc::eCodeType code = vcc::eShiftJIS;
         if (!vx::CParse::CheckCodeType(vx::CVelStr(path.c_str()), supported, code)) return -2;

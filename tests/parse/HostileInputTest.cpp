@@ -6,12 +6,10 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <stdexcept>
 #include <string>
 
 #include "ParseTestUtil.h"
 #include "vx/dom/XmlCharData.h"
-#include "vx/platform/Package.h"
 
 namespace {
 
@@ -20,12 +18,8 @@ using vx::CVelStrW;
 
 const std::string kDecl = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
 
-void Write(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
-Document ParseFile(const std::string& path) {
-    return Document(vx::CParse::ParseForFile(vx::CVelStr(path.c_str())));
+std::u16string Utf16(const std::string& text) {
+    return Text(CVelStrW(vx::CVelStr(text.c_str())));
 }
 
 std::string Repeat(const std::string& text, int count) {
@@ -39,26 +33,6 @@ std::string Repeat(const std::string& text, int count) {
 std::string Nest(const std::string& inner, int depth) {
     return Repeat("<e>", depth) + inner + Repeat("</e>", depth);
 }
-
-// The what() of the std::runtime_error that body throws, or "" when it throws none.
-template <class Body>
-std::string Thrown(Body body) {
-    try {
-        body();
-    } catch (const std::runtime_error& e) {
-        return e.what();
-    }
-    return "";
-}
-
-// Sets the nesting limit for one scope.
-class NestingLimit {
-  public:
-    explicit NestingLimit(int depth) { vx::SetNestingLimit(depth); }
-    ~NestingLimit() { vx::SetNestingLimit(vx::kDefaultNestingLimit); }
-    NestingLimit(const NestingLimit&) = delete;
-    NestingLimit& operator=(const NestingLimit&) = delete;
-};
 
 // Element depth below nodes.
 int Depth(const vx::CXmlListContainer& nodes) {
@@ -75,35 +49,46 @@ int Depth(const vx::CXmlListContainer& nodes) {
 // external entity, whose content counts where it is referenced, however it was put together.
 TEST(HostileInput, NestingPastTheLimitThrowsFromEveryEntryPoint) {
     TempDir dir;
+    const LogCapture log;
     const NestingLimit limit(20);
-    const std::string deep = dir / "deep.xml";
-    Write(deep, kDecl + Nest("", 21));
-    EXPECT_EQ(Thrown([&] { ParseFile(deep); }), "dummy");
+    const Document fits = ParseBuf(Utf16(kDecl + Nest("", 20)));
+    EXPECT_EQ(Diags(fits->GetErrList()), D{});
+    EXPECT_EQ(Depth(fits->GetRootElement().GetChildren()) + 1, 20);
+    EXPECT_EQ(Thrown([&] { ParseBuf(Utf16(kDecl + Nest("", 21))); }), "dummy");
+    // Logged on its way out of the public operation.
+    EXPECT_TRUE(log.HasLine(R"(Parse\(\d+\): CParse::ParseForBuf: 例外発生\(dummy\))"));
+    WriteFile(dir / "deep.xml", kDecl + Nest("", 21));
+    EXPECT_EQ(Thrown([&] { ParseFile(dir / "deep.xml"); }), "dummy");
     vx::CXmlElement element(nullptr);
     EXPECT_EQ(Thrown([&] { element.ParseFromMemory(Wide(u"<a><b><c/></b></a>"), nullptr); }), "");
-    const std::u16string fragment = Text(CVelStrW(vx::CVelStr(Nest("", 21).c_str())));
-    EXPECT_EQ(Thrown([&] { element.ParseFromMemory(Wide(fragment), nullptr); }), "dummy");
+    EXPECT_EQ(Thrown([&] { element.ParseFromMemory(Wide(Utf16(Nest("", 21))), nullptr); }),
+              "dummy");
     EXPECT_EQ(Text(element.GetName()), u"a");
 
     // inner.xml is 10 deep; outer.xml puts it 5 deeper.
-    Write(dir / "inner.xml", kDecl + Nest("x", 10));
-    Write(dir / "outer.xml", kDecl + Nest("&inner;", 5));
+    WriteFile(dir / "inner.xml", kDecl + Nest("x", 10));
+    WriteFile(dir / "outer.xml", kDecl + Nest("&inner;", 5));
     const std::string subset =
         "<!DOCTYPE e [<!ENTITY inner SYSTEM 'inner.xml'>"
         "<!ENTITY outer SYSTEM 'outer.xml'>]>";
-    const std::string fits = dir / "fits.xml", past = dir / "past.xml";
-    Write(fits, kDecl + subset + Nest("&outer;", 5));
-    Write(past, kDecl + subset + Nest("&outer;", 6));
-    const Document document = ParseFile(fits);
+    const std::string fitsFile = dir / "fits.xml", past = dir / "past.xml";
+    WriteFile(fitsFile, kDecl + subset + Nest("&outer;", 5));
+    WriteFile(past, kDecl + subset + Nest("&outer;", 6));
+    const Document document = ParseFile(fitsFile);
     EXPECT_EQ(Diags(document->GetErrList()), D{});
     EXPECT_EQ(Depth(document->GetRootElement().GetChildren()) + 1, 20);
     EXPECT_EQ(Thrown([&] { ParseFile(past); }), "dummy");
     // References side by side add nothing to the depth. The check is made where an entity is
     // built too, so that no content deeper than the limit is ever kept.
-    Write(dir / "outer.xml", kDecl + Nest("&inner;&inner;", 5));
-    EXPECT_EQ(Diags(ParseFile(fits)->GetErrList()), D{});
-    Write(dir / "outer.xml", kDecl + Nest("&inner;", 11));
-    EXPECT_EQ(Thrown([&] { ParseFile(fits); }), "dummy");
+    WriteFile(dir / "outer.xml", kDecl + Nest("&inner;&inner;", 5));
+    EXPECT_EQ(Diags(ParseFile(fitsFile)->GetErrList()), D{});
+    WriteFile(dir / "outer.xml", kDecl + Nest("&inner;", 11));
+    EXPECT_EQ(Thrown([&] { ParseFile(fitsFile); }), "dummy");
+}
+
+// The default limit is within what the parser's recursion can take.
+TEST(HostileInput, NestingAtTheDefaultLimitParses) {
+    EXPECT_EQ(DiagsOf(Utf16(kDecl + Nest("", vx::kDefaultNestingLimit))), D{});
 }
 
 // Attributes a0='v' a1='v' ... in a tag left open.
@@ -111,7 +96,7 @@ std::u16string OpenTag(int count) {
     std::string tag = "<?xml version=\"1.0\"?><r";
     for (int i = 0; i < count; ++i)
         tag += " a" + std::to_string(i) + "='v'";
-    return Text(CVelStrW(vx::CVelStr(tag.c_str())));
+    return Utf16(tag);
 }
 
 // A tag that repeats name at its end gets code 17 after the repeating attribute, from both
@@ -120,7 +105,7 @@ void ExpectRepeatedAtTheEnd(const std::u16string& tag, const std::u16string& nam
     const std::u16string text = tag + u" " + name + u"='w'/>";
     D expected = Twice(D{{17, 1, static_cast<int>(text.size()) - 1}});
     expected.push_back({7, 0, 0});
-    EXPECT_EQ(DiagsOf(text), expected) << vx::CVelStr(Wide(name)).c_str();
+    EXPECT_EQ(DiagsOf(text), expected) << Narrow(name);
 }
 
 // Past a few attributes the duplicate check keeps a set of names: parsing and building stay
@@ -136,8 +121,6 @@ TEST(HostileInput, ATagWithAHundredThousandAttributes) {
     const vx::CXmlElement& root = document->GetRootElement();
     root.GetAttNameList(names);
     ASSERT_EQ(names.GetSize(), kCount + 1);
-    EXPECT_EQ(Text(names[0]), u"a0");
-    EXPECT_EQ(Text(names[kCount - 1]), u"a99999");
     EXPECT_EQ(Text(root.GetAtt(names[kCount - 1]).GetValue()), u"v");
     // The first and the last attribute still belong to the element after the vector grew:
     // they write the document's line ends.
@@ -192,22 +175,16 @@ TEST(HostileInput, AHundredMegabyteTextNode) {
 // An entity's value is stored as written: references in it are never expanded again, so the
 // billion-laughs shape stays a few hundred characters.
 TEST(HostileInput, EntityValuesThatReferToOtherEntitiesAreExpandedOnce) {
-    std::u16string subset = u"<!ENTITY lol0 'lol'>";
+    std::string subset = "<!ENTITY lol0 'lol'>";
     for (int level = 1; level < 10; ++level) {
-        const std::u16string name = u"lol" + std::u16string(1, u'0' + level);
-        const std::u16string reference = u"&lol" + std::u16string(1, u'0' + level - 1) + u";";
-        subset += u"<!ENTITY " + name + u" '";
-        for (int i = 0; i < 10; ++i)
-            subset += reference;
-        subset += u"'>";
+        subset += "<!ENTITY lol" + std::to_string(level) + " '" +
+                  Repeat("&lol" + std::to_string(level - 1) + ";", 10) + "'>";
     }
-    const Document document = ParseBuf(u"<?xml version=\"1.0\"?><!DOCTYPE r [" + subset +
-                                       u"]><r a='&lol9;'>&lol9;&lol9;</r>");
+    const Document document =
+        ParseBuf(Utf16(kDecl + "<!DOCTYPE r [" + subset + "]><r a='&lol9;'>&lol9;&lol9;</r>"));
     EXPECT_EQ(Diags(document->GetErrList()), D{});
     const vx::CXmlElement& root = document->GetRootElement();
-    std::u16string lol8Ten;
-    for (int i = 0; i < 10; ++i)
-        lol8Ten += u"&lol8;";
+    const std::u16string lol8Ten = Utf16(Repeat("&lol8;", 10));
     EXPECT_EQ(Text(root.GetAtt(CVelStrW(u"a")).GetValue()), lol8Ten);
     EXPECT_EQ(Text(root.GetText()), lol8Ten + lol8Ten);
 }
@@ -218,9 +195,7 @@ TEST(HostileInput, EntityValuesThatReferToOtherEntitiesAreExpandedOnce) {
 TEST(HostileInput, AttributeValuesCopyEntitiesOnlyUpToAnAllowance) {
     const std::u16string head =
         u"<?xml version=\"1.0\"?><!DOCTYPE r [<!ENTITY e '" + std::u16string(65536, u'x') + u"'>]>";
-    std::u16string references;
-    for (int i = 0; i < 256; ++i)
-        references += u"&e;";
+    const std::u16string references = Utf16(Repeat("&e;", 256));
     const Document fits = ParseBuf(head + u"<r a='" + references + u"'>" + references + u"</r>");
     EXPECT_EQ(Diags(fits->GetErrList()), D{});
     EXPECT_EQ(fits->GetRootElement().GetAtt(CVelStrW(u"a")).GetValue().GetLength(), 256 * 65536);
@@ -242,21 +217,22 @@ TEST(HostileInput, AttributeValuesCopyEntitiesOnlyUpToAnAllowance) {
 // count against the same allowance, so the declaration that passes it fails with code 4.
 TEST(HostileInput, ExternalEntitiesThatReferToEachOtherCannotMultiply) {
     TempDir dir;
-    Write(dir / "e0.xml", kDecl + "<a/>");
+    WriteFile(dir / "e0.xml", kDecl + "<a/>");
     std::string subset = "<!ENTITY e0 SYSTEM 'e0.xml'>";
     for (int level = 1; level < 10; ++level) {
         const std::string name = "e" + std::to_string(level);
-        Write(dir / (name + ".xml"), kDecl + Repeat("&e" + std::to_string(level - 1) + ";", 10));
+        WriteFile(dir / (name + ".xml"),
+                  kDecl + Repeat("&e" + std::to_string(level - 1) + ";", 10));
         subset += "<!ENTITY " + name + " SYSTEM '" + name + ".xml'>";
     }
     const std::string path = dir / "doc.xml";
-    Write(path, kDecl + "<!DOCTYPE r [" + subset + "]><r>&e9;</r>");
+    WriteFile(path, kDecl + "<!DOCTYPE r [" + subset + "]><r>&e9;</r>");
     const Document document = ParseFile(path);
     EXPECT_EQ(Diags(document->GetErrList()), (D{{4, 0, 0}, {7, 0, 0}}));
 
     // Five levels, a hundred thousand nodes, are well within it.
-    Write(path,
-          kDecl + "<!DOCTYPE r [" + subset.substr(0, subset.find("<!ENTITY e6")) + "]><r>&e5;</r>");
+    WriteFile(path, kDecl + "<!DOCTYPE r [" + subset.substr(0, subset.find("<!ENTITY e6")) +
+                        "]><r>&e5;</r>");
     const Document fits = ParseFile(path);
     EXPECT_EQ(Diags(fits->GetErrList()), D{});
     EXPECT_EQ(fits->GetRootElement().GetChildren().GetSize(), 100000);
@@ -271,9 +247,9 @@ TEST(HostileInput, ExternalEntitiesThatNameNoRegularFile) {
     const std::string path = dir / "doc.xml";
     for (const std::string& literal : {dir / "folder", std::string("/dev/zero"),
                                        std::string("/dev/null"), dir / "fifo", dir / "missing"}) {
-        Write(path, kDecl + "<!DOCTYPE r [<!ENTITY e SYSTEM '" + literal + "'>]><r>&e;</r>");
+        WriteFile(path, kDecl + "<!DOCTYPE r [<!ENTITY e SYSTEM '" + literal + "'>]><r>&e;</r>");
         EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{2, 0, 0}, {7, 0, 0}})) << literal;
-        Write(path, kDecl + "<!DOCTYPE r SYSTEM '" + literal + "'><r/>");
+        WriteFile(path, kDecl + "<!DOCTYPE r SYSTEM '" + literal + "'><r/>");
         EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{2, 0, 0}, {7, 0, 0}})) << literal;
     }
     EXPECT_EQ(Diags(ParseFile(dir / "folder")->GetErrList()), (D{{2, -1, -1}}));
@@ -315,13 +291,13 @@ TEST(HostileInput, ATruncatedCharacterAtTheEndOfTheFile) {
     };
     const std::string path = dir / "doc.xml";
     for (const auto& [whole, cut] : cases) {
-        Write(path, whole);
+        WriteFile(path, whole);
         EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), D{}) << whole;
-        Write(path, cut);
+        WriteFile(path, cut);
         EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{6, 0, 0}})) << cut;
     }
     // Half a surrogate pair is whole UTF-16 and reaches the grammar, which refuses it.
-    Write(path, utf16 + std::string("\x3D\xD8", 2));
+    WriteFile(path, utf16 + std::string("\x3D\xD8", 2));
     EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{7, 0, 0}}));
 }
 

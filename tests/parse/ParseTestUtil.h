@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <ostream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -11,6 +12,7 @@
 #include "vx/dom/XmlDocument.h"
 #include "vx/parse/Expressions.h"
 #include "vx/parse/Parse.h"
+#include "vx/platform/Package.h"
 
 namespace parsetest {
 
@@ -20,6 +22,15 @@ inline std::u16string Text(const vx::CVelStrW& s) {
 
 inline vx::CVelStrW Wide(const std::u16string& s) {
     return vx::CVelStrW(s.data(), static_cast<int>(s.size()));
+}
+
+inline int Size(const std::u16string& s) {
+    return static_cast<int>(s.size());
+}
+
+// Text as UTF-8, for failure messages.
+inline std::string Narrow(const std::u16string& s) {
+    return vx::CVelStr(Wide(s)).c_str();
 }
 
 // One diagnostic as code, line and column.
@@ -60,12 +71,44 @@ inline D DiagsOf(const std::u16string& text) {
     return Diags(ParseBuf(text)->GetErrList());
 }
 
+inline Document ParseFile(const std::string& path) {
+    return Document(vx::CParse::ParseForFile(vx::CVelStr(path.c_str())));
+}
+
+// The what() of the std::runtime_error that body throws, or "" when it throws none.
+template <class Body>
+std::string Thrown(Body body) {
+    try {
+        body();
+    } catch (const std::runtime_error& e) {
+        return e.what();
+    }
+    return "";
+}
+
+// Sets the nesting limit for one scope.
+class NestingLimit {
+  public:
+    explicit NestingLimit(int depth) { vx::SetNestingLimit(depth); }
+    ~NestingLimit() { vx::SetNestingLimit(vx::kDefaultNestingLimit); }
+    NestingLimit(const NestingLimit&) = delete;
+    NestingLimit& operator=(const NestingLimit&) = delete;
+};
+
 // A production run on its own over text from start.
 struct Result {
     bool result;
     int end;
     D diags;
+    bool operator==(const Result&) const = default;
 };
+
+inline std::ostream& operator<<(std::ostream& out, const Result& r) {
+    out << (r.result ? "matched" : "failed") << " to " << r.end << " with {";
+    for (const Diag& d : r.diags)
+        out << d;
+    return out << "}";
+}
 
 template <class Production>
 Result RunOn(Production& production, const std::u16string& text, int start = 0) {
@@ -82,6 +125,8 @@ Result RunOn(const std::u16string& text, int start = 0) {
     return RunOn(production, text, start);
 }
 
+using platform_test::LogCapture;
 using platform_test::TempDir;
+using platform_test::WriteFile;
 
 }  // namespace parsetest

@@ -104,4 +104,20 @@ TEST(Tree, ParseFromMemory) {
     EXPECT_FALSE(element.ParseFromMemory(CVelStrW(u"<b>"), nullptr));
 }
 
+// Names and attribute values come from the process-wide caches, which outlive the parse: they
+// must not sit on its pages (a kept one would hold a whole page), while the text may.
+TEST(Tree, CachedStringsAreOffTheParsePages) {
+    const Document doc =
+        ParseBuf(kDecl + u"<root-name attribute='value &amp; more'>text</root-name>");
+    const vx::CXmlElement& root = doc->GetRootElement();
+    const auto offPages = [](const CVelStrW& text) {
+        return text.OffPages().c_str() == text.c_str();
+    };
+    EXPECT_TRUE(offPages(root.GetName()));
+    EXPECT_TRUE(offPages(root.GetAtt(CVelStrW(u"attribute")).GetName()));
+    EXPECT_TRUE(offPages(root.GetAtt(CVelStrW(u"attribute")).GetValue()));
+    EXPECT_FALSE(
+        offPages(dynamic_cast<const vx::CXmlTextObject*>(root.GetChildren().GetAt(0))->GetText()));
+}
+
 }  // namespace

@@ -5,6 +5,8 @@
 #include <climits>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/PlatformTestUtil.h"
 
@@ -58,7 +60,7 @@ TEST(CodeConv, RoundTripsJapaneseTextThroughEveryEncoding) {
     }
 }
 
-TEST(CodeConv, DecodesKnownBytes) {
+TEST(CodeConv, KnownBytesAndByteOrderMarks) {
     // The wave dash reads as U+FF5E in every Japanese encoding; 0x5C and 0x7E stay ASCII.
     EXPECT_EQ(Convert(Hex("81 60 5c 7e"), eShiftJIS, eUtf16LE), Wide(u"～\\~"));
     EXPECT_EQ(Convert(Hex("a1 c1 5c 7e"), eEucJP, eUtf16LE), Wide(u"～\\~"));
@@ -68,9 +70,7 @@ TEST(CodeConv, DecodesKnownBytes) {
     EXPECT_EQ(Convert(Hex("9f 0b 02 00"), eUcs4LE, eUtf16LE), Hex("42 d8 9f df"));
     EXPECT_EQ(Convert(Wide(u"aあb"), eUtf16LE, eIso2022JP), Hex("61 1b 24 42 24 22 1b 28 42 62"));
     EXPECT_EQ(Convert(Wide(u"あ"), eUtf16LE, eIso2022JP), Hex("1b 24 42 24 22 1b 28 42"));
-}
-
-TEST(CodeConv, ByteOrderMarkIsDropped) {
+    // A byte order mark is dropped.
     EXPECT_EQ(Convert(Hex("ef bb bf 41"), eUtf8, eUtf16LE), Hex("41 00"));
     EXPECT_EQ(Convert(Hex("ff fe 41 00"), eUtf16LE, eUtf16LE), Hex("41 00"));
     EXPECT_EQ(Convert(Hex("ff fe 41 00"), eUtf16LE, eUtf8), "A");
@@ -78,32 +78,17 @@ TEST(CodeConv, ByteOrderMarkIsDropped) {
 }
 
 TEST(CodeConv, MalformedInputFails) {
-    const struct {
-        const char* bytes;
-        eCodeType code;
-    } cases[] = {
-        {"c0 af", eUtf8},
-        {"ed a0 80", eUtf8},
-        {"f4 90 80 80", eUtf8},
-        {"e3 81", eUtf8},
-        {"41 80", eUtf8},
-        {"81", eShiftJIS},
-        {"81 20", eShiftJIS},
-        {"a0", eWindows932},
-        {"a1", eEucJP},
-        {"a1 20", eEucJP},
-        {"1b 24 42 24", eIso2022JP},
-        {"1b 28 49 41", eIso2022JP},
-        {"1b 24 42 24 22", eIso2022JP},
-        {"1b", eIso2022JP},
-        {"a4 a2", eIso2022JP},
-        {"41 00 42", eUtf16LE},
-        {"00 00 11 00", eUcs4LE},
-        {"00 d8 00 00", eUcs4LE},
-        {"41 00 00", eUcs4LE},
-    };
-    for (const auto& c : cases) {
-        EXPECT_FALSE(Convert(Hex(c.bytes), c.code, eUtf16LE)) << c.bytes;
+    const std::pair<eCodeType, std::vector<const char*>> cases[] = {
+        {eUtf8, {"c0 af", "ed a0 80", "f4 90 80 80", "e3 81", "41 80"}},
+        {eShiftJIS, {"81", "81 20"}},
+        {eWindows932, {"a0"}},
+        {eEucJP, {"a1", "a1 20"}},
+        {eIso2022JP, {"1b 24 42 24", "1b 28 49 41", "1b 24 42 24 22", "1b", "a4 a2"}},
+        {eUtf16LE, {"41 00 42"}},
+        {eUcs4LE, {"00 00 11 00", "00 d8 00 00", "41 00 00"}}};
+    for (const auto& [code, inputs] : cases) {
+        for (const char* bytes : inputs)
+            EXPECT_FALSE(Convert(Hex(bytes), code, eUtf16LE)) << bytes;
     }
 }
 

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -18,10 +17,11 @@
 
 namespace {
 
+using platform_test::ReadFile;
 using platform_test::TempDir;
 using vel::CVelFile;
 
-TEST(File, ReadOpenAcceptsOnlyExistingRegularFiles) {
+TEST(File, OpensOnlyRegularFilesForReadingAndReadsExactly) {
     TempDir dir;
     CVelFile file;
     EXPECT_FALSE(file.CreateFileA((dir / "missing").c_str(), CVelFile::eOpenRead));
@@ -33,12 +33,9 @@ TEST(File, ReadOpenAcceptsOnlyExistingRegularFiles) {
     EXPECT_FALSE(file.CreateFileA((dir / "fifo").c_str(), CVelFile::eOpenRead));
     EXPECT_FALSE(file.IsOpen());
     EXPECT_EQ(file.GetSize(), -1);
-}
 
-TEST(File, ReadsExactlyTheRequestedBytes) {
-    TempDir dir;
+    // Reads and seeks succeed only for exactly the bytes asked for.
     const std::string name = dir / "data";
-    CVelFile file;
     ASSERT_TRUE(file.CreateFileA(name.c_str(), CVelFile::eOpenWrite));
     ASSERT_TRUE(file.Write("long first text", 15));
     ASSERT_TRUE(file.CreateFileA(name.c_str(), CVelFile::eOpenWrite));  // truncates
@@ -62,13 +59,8 @@ TEST(File, ReadsExactlyTheRequestedBytes) {
 
 namespace fs = std::filesystem;
 
-std::string Read(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
-}
-
 void Write(const std::string& path, const std::string& bytes, fs::perms mode) {
-    std::ofstream(path, std::ios::binary) << bytes;
+    platform_test::WriteFile(path, bytes);
     fs::permissions(path, mode);
 }
 
@@ -91,14 +83,14 @@ TEST(ReplaceFile, KeepsThePermissionsAndReplacesWhatALinkNames) {
     TempDir dir;
     Write(dir / "plain.xml", "old text", fs::perms(0640));
     ASSERT_TRUE(Replace(dir / "plain.xml", "new"));
-    EXPECT_EQ(Read(dir / "plain.xml"), "new");
+    EXPECT_EQ(ReadFile(dir / "plain.xml"), "new");
     EXPECT_EQ(fs::status(dir / "plain.xml").permissions(), fs::perms(0640));
 
     const mode_t mask = umask(027);
     ASSERT_TRUE(Replace(dir / "fresh.xml", ""));
     umask(mask);
     EXPECT_EQ(fs::status(dir / "fresh.xml").permissions(), fs::perms(0640));
-    EXPECT_EQ(Read(dir / "fresh.xml"), "");
+    EXPECT_EQ(ReadFile(dir / "fresh.xml"), "");
 
     // A relative link resolves against its own directory; a chain is followed to its end.
     fs::create_directory(dir / "sub");
@@ -106,7 +98,7 @@ TEST(ReplaceFile, KeepsThePermissionsAndReplacesWhatALinkNames) {
     fs::create_symlink("sub/real.xml", dir / "link.xml");
     fs::create_symlink(dir / "link.xml", dir / "sub/second.xml");
     ASSERT_TRUE(Replace(dir / "sub/second.xml", "through two links"));
-    EXPECT_EQ(Read(dir / "sub/real.xml"), "through two links");
+    EXPECT_EQ(ReadFile(dir / "sub/real.xml"), "through two links");
     EXPECT_EQ(fs::status(dir / "sub/real.xml").permissions(), fs::perms(0600));
     EXPECT_TRUE(fs::is_symlink(dir / "link.xml"));
     EXPECT_EQ(fs::read_symlink(dir / "sub/second.xml"), dir / "link.xml");
@@ -115,7 +107,7 @@ TEST(ReplaceFile, KeepsThePermissionsAndReplacesWhatALinkNames) {
     fs::create_symlink("made.xml", dir / "dangling.xml");
     ASSERT_TRUE(Replace(dir / "dangling.xml", "made"));
     EXPECT_TRUE(fs::is_symlink(dir / "dangling.xml"));
-    EXPECT_EQ(Read(dir / "made.xml"), "made");
+    EXPECT_EQ(ReadFile(dir / "made.xml"), "made");
     EXPECT_EQ(Names(dir.Path()),
               (Listing{"dangling.xml", "fresh.xml", "link.xml", "made.xml", "plain.xml", "sub"}));
     EXPECT_EQ(Names(dir / "sub"), (Listing{"real.xml", "second.xml"}));
@@ -158,7 +150,7 @@ TEST(ReplaceFile, AFailureLeavesTheOldFileAndNoTemporary) {
         EXPECT_EQ(CVelFile::GetLastError(), EACCES);
         fs::permissions(dir.Path(), fs::perms(0755));
     }
-    EXPECT_EQ(Read(dir / "keep.xml"), "old text");
+    EXPECT_EQ(ReadFile(dir / "keep.xml"), "old text");
     EXPECT_TRUE(fs::is_directory(dir / "folder"));
     EXPECT_EQ(Names(dir.Path()), before);
 }
@@ -169,7 +161,7 @@ TEST(ReplaceFile, WritesIntoAFifo) {
     const std::string fifo = dir / "fifo";
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     std::string received;
-    std::thread reader([&] { received = Read(fifo); });
+    std::thread reader([&] { received = ReadFile(fifo); });
     EXPECT_TRUE(Replace(fifo, "through the pipe"));
     reader.join();
     EXPECT_EQ(received, "through the pipe");

@@ -21,43 +21,36 @@ std::string OutOfRangeText(Body body) {
     return "no exception";
 }
 
-CVelStrW Item(int i) {
-    return CVelStrW().Format(u"item %d", i);
+// The items joined with ",".
+std::u16string Join(const CSmallVector<CVelStrW>& v) {
+    std::u16string out;
+    for (int i = 0; i < v.GetSize(); ++i)
+        out += (i ? u"," : u"") + std::u16string(v[i].c_str());
+    return out;
 }
 
 TEST(SmallVectorTest, InsertEraseAndCopyStrings) {
     CSmallVector<CVelStrW> v;
-    for (int i = 0; i < 10; ++i)
-        v.PushBack(Item(i));
+    for (char16_t digit = u'0'; digit <= u'9'; ++digit)
+        v.PushBack(CVelStrW(digit));
     v.Insert(0, u"first");
     v.Insert(v.GetSize(), u"last");
-    v.Insert(5, u"middle");
+    v.Insert(5, u"mid");
     v.PushBack(v[0]);  // an element of the vector itself, while it grows
-    ASSERT_EQ(v.GetSize(), 14);
-    EXPECT_EQ(v[0], CVelStrW(u"first"));
-    EXPECT_EQ(v[4], Item(3));
-    EXPECT_EQ(v[5], CVelStrW(u"middle"));
-    EXPECT_EQ(v[6], Item(4));
-    EXPECT_EQ(v[12], CVelStrW(u"last"));
-    EXPECT_EQ(v[13], CVelStrW(u"first"));
+    EXPECT_EQ(Join(v), u"first,0,1,2,3,mid,4,5,6,7,8,9,last,first");
 
     CSmallVector<CVelStrW> copy = v;
     v.Erase(0);
     v.Erase(v.GetSize() - 1);
     v.Erase(4);
-    EXPECT_EQ(v.GetSize(), 11);
-    EXPECT_EQ(v[0], Item(0));
-    EXPECT_EQ(v[4], Item(4));
-    EXPECT_EQ(v[10], CVelStrW(u"last"));
-    EXPECT_EQ(copy.GetSize(), 14);
-    EXPECT_EQ(copy[5], CVelStrW(u"middle"));
+    EXPECT_EQ(Join(v), u"0,1,2,3,4,5,6,7,8,9,last");
+    EXPECT_EQ(Join(copy), u"first,0,1,2,3,mid,4,5,6,7,8,9,last,first");
 
     copy = v;
     v.Clear();
     EXPECT_EQ(v.GetSize(), 0);
-    EXPECT_EQ(copy.GetSize(), 11);
     CSmallVector<CVelStrW> moved = std::move(copy);
-    EXPECT_EQ(moved[10], CVelStrW(u"last"));
+    EXPECT_EQ(Join(moved), u"0,1,2,3,4,5,6,7,8,9,last");
     EXPECT_EQ(copy.GetSize(), 0);  // NOLINT: a moved-from vector is empty
 }
 

@@ -1,44 +1,17 @@
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
-#include <sstream>
 #include <stdexcept>
 #include <string>
 
-#include "vx/platform/Logger.h"
+#include "platform/PlatformTestUtil.h"
 #include "vx/text/StringBuffer.h"
 #include "vx/text/VelStr.h"
 
 namespace {
 
+using platform_test::LogCapture;
 using velstr::CVelStr;
 using velstr::CVelStrW;
-
-// Points the file logger at a fresh temporary file for the life of the object.
-class LogCapture {
-  public:
-    LogCapture()
-        : m_path(testing::TempDir() + "vx_text_" +
-                 testing::UnitTest::GetInstance()->current_test_info()->name() + ".log") {
-        std::remove(m_path.c_str());
-        EXPECT_TRUE(vel::FileLogger_Open(m_path.c_str()));
-    }
-    ~LogCapture() {
-        vel::FileLogger_Close();
-        std::remove(m_path.c_str());
-    }
-    std::string Text() {
-        vel::FileLogger_Close();
-        std::ifstream in(m_path);
-        std::stringstream content;
-        content << in.rdbuf();
-        return content.str();
-    }
-
-  private:
-    std::string m_path;
-};
 
 std::string Bytes(const CVelStr& s) {
     return std::string(s.c_str(), s.GetLength());
@@ -68,70 +41,49 @@ TEST(VelStrTest, CopiesShareUntilWritten) {
     EXPECT_EQ(long1, CVelStrW(u"0123456789abcdef"));
 
     EXPECT_EQ(CVelStrW()[0], u'\0');
-    EXPECT_EQ(CVelStrW().GetLength(), 0);
     EXPECT_STREQ(CVelStr().c_str(), "");
-}
 
-TEST(VelStrTest, ComparesByCodeUnit) {
-    EXPECT_TRUE(CVelStrW(u"a") < CVelStrW(u"b"));
-    EXPECT_TRUE(CVelStrW(u"ab") < CVelStrW(u"abc"));
-    EXPECT_TRUE(CVelStrW(u"z") < CVelStrW(u"\xFF21"));
-    EXPECT_TRUE(CVelStr("z") < CVelStr("\xC3\xA9"));  // bytes compare unsigned
-    EXPECT_FALSE(CVelStrW(u"b") < CVelStrW(u"b"));
-    EXPECT_TRUE(CVelStrW(u"x") != CVelStrW(u"X"));
-    EXPECT_TRUE(CVelStr("x") == CVelStr('x'));
-}
-
-TEST(VelStrTest, StringBufferAppendsAndHandsOut) {
-    velstr::CVelStringBuffer<CVelStrW> buffer;
-    buffer.Append(CVelStrW(u"<a"));
-    buffer.Append(u'>');
-    const CVelStrW first = buffer.ToString();
-    buffer.Append(CVelStrW(u"</a>"));
+    // A text handed out by a buffer does not see what is appended later.
+    velstr::CVelStringBuffer<CVelStrW> out;
+    out.Append(CVelStrW(u"<a"));
+    out.Append(u'>');
+    const CVelStrW first = out.ToString();
+    out.Append(CVelStrW(u"</a>"));
     EXPECT_EQ(first, CVelStrW(u"<a>"));
-    EXPECT_EQ(buffer.ToString(), CVelStrW(u"<a></a>"));
+    EXPECT_EQ(out.ToString(), CVelStrW(u"<a></a>"));
 }
 
-TEST(VelStrTest, ConvRetCodeRewritesEveryLineEnd) {
-    const CVelStrW mixed(u"a\rb\nc\r\nd\r");
-    struct Case {
-        const char16_t* lineEnd;
-        const char16_t* expected;
-    } cases[] = {
+// Any mix of line ends becomes the one asked for; anything but CR LF, LF or CR is refused with
+// the text untouched.
+TEST(VelStrTest, ConvRetCode) {
+    const std::pair<const char16_t*, const char16_t*> cases[] = {
         {u"\r\n", u"a\r\nb\r\nc\r\nd\r\n"}, {u"\n", u"a\nb\nc\nd\n"}, {u"\r", u"a\rb\rc\rd\r"}};
-    for (const Case& c : cases) {
-        CVelStrW text = mixed;
-        text.ConvRetCode(c.lineEnd);
-        EXPECT_EQ(text, CVelStrW(c.expected));
+    for (const auto& [lineEnd, expected] : cases) {
+        CVelStrW text(u"a\rb\nc\r\nd\r");
+        text.ConvRetCode(lineEnd);
+        EXPECT_EQ(text, CVelStrW(expected));
     }
-
-    // Only pairs already: the shared buffer is kept.
     const CVelStrW pairs(u"x\r\ny\r\n");
     CVelStrW copy = pairs;
     copy.ConvRetCode(u"\r\n");
-    EXPECT_EQ(copy.c_str(), pairs.c_str());
-}
+    EXPECT_EQ(copy.c_str(), pairs.c_str());  // nothing to change: the buffer stays shared
 
-TEST(VelStrTest, ConvRetCodeRejectsOtherLineEnds) {
     LogCapture log;
     for (const char16_t* bad : {u"\n\r", u"", u"\r\r", u"x"}) {
-        CVelStrW text(u"a\nb");
-        const char16_t* before = text.c_str();
+        CVelStrW text = copy;
         try {
             text.ConvRetCode(bad);
             ADD_FAILURE() << "no exception";
         } catch (const std::exception& e) {
             EXPECT_STREQ(e.what(), "CVelStrBase<T>::ConvRetCode");
         }
-        EXPECT_EQ(text.c_str(), before);
-        EXPECT_EQ(text, CVelStrW(u"a\nb"));
+        EXPECT_EQ(text.c_str(), pairs.c_str());
     }
-    const std::string logged = log.Text();
-    EXPECT_NE(logged.find("ConvRetCode: 引数が異常です。retcode='\n\r'"), std::string::npos);
-    EXPECT_NE(logged.find("引数が異常です。retcode='x'"), std::string::npos);
+    EXPECT_NE(log.Text().find("ConvRetCode: 引数が異常です。retcode='\n\r'"), std::string::npos);
+    EXPECT_NE(log.Text().find("引数が異常です。retcode='x'"), std::string::npos);
 }
 
-TEST(VelStrTest, NarrowRangeConstructorIsInclusive) {
+TEST(VelStrTest, NarrowRangeIsInclusiveAndFormat) {
     const CVelStr text("0123456789abcdefghij");
     EXPECT_EQ(Bytes(CVelStr(text, 10, 14)), "abcde");
     EXPECT_EQ(Bytes(CVelStr(text, -5, 2)), "012");
@@ -139,6 +91,13 @@ TEST(VelStrTest, NarrowRangeConstructorIsInclusive) {
     EXPECT_EQ(Bytes(CVelStr(text, 18, 99)), "ij");
     EXPECT_EQ(Bytes(CVelStr(text, 25, 30)), "");
     EXPECT_EQ(Bytes(CVelStr(text, 5, 4)), "");
+
+    CVelStrW wide;
+    wide.Format(u"%s=%d [%08x] %5d%% %c", u"name", -42, 0xBEEFu, 7, u'\u3042');
+    EXPECT_EQ(wide, CVelStrW(u"name=-42 [0000beef]     7% \u3042"));
+    CVelStr narrow;
+    narrow.Format("%s(%d): %08x", "unit", 12, 255u);
+    EXPECT_EQ(Bytes(narrow), "unit(12): 000000ff");
 }
 
 TEST(VelStrTest, Utf8Conversion) {
@@ -161,16 +120,7 @@ TEST(VelStrTest, Utf8Conversion) {
               std::string::npos);
 }
 
-TEST(VelStrTest, Format) {
-    CVelStrW wide;
-    wide.Format(u"%s=%d [%08x] %5d%% %c", u"name", -42, 0xBEEFu, 7, u'\u3042');
-    EXPECT_EQ(wide, CVelStrW(u"name=-42 [0000beef]     7% \u3042"));
-    CVelStr narrow;
-    narrow.Format("%s(%d): %08x", "unit", 12, 255u);
-    EXPECT_EQ(Bytes(narrow), "unit(12): 000000ff");
-}
-
-TEST(VelStrTest, SearchCompareAndSlice) {
+TEST(VelStrTest, SearchCompareOrderAndSlice) {
     const CVelStrW text(u"encoding=\"UTF-8\"");
     EXPECT_EQ(text.Pos(u"\""), 9);
     EXPECT_EQ(text.Pos(u"\"", 10), 15);
@@ -192,6 +142,12 @@ TEST(VelStrTest, SearchCompareAndSlice) {
     EXPECT_EQ(text.SubStr(-3, 3), CVelStrW(u"enc"));
     EXPECT_EQ(text.SubStr(99), CVelStrW());
     EXPECT_EQ(text.SubStr(0).c_str(), text.c_str());
+
+    EXPECT_TRUE(CVelStrW(u"ab") < CVelStrW(u"abc"));
+    EXPECT_TRUE(CVelStrW(u"z") < CVelStrW(u"\xFF21"));
+    EXPECT_TRUE(CVelStr("z") < CVelStr("\xC3\xA9"));  // bytes compare unsigned
+    EXPECT_FALSE(CVelStrW(u"b") < CVelStrW(u"b"));
+    EXPECT_TRUE(CVelStr("x") == CVelStr('x'));
 }
 
 // The search works on blocks of units: every position in and after a block must be found, and

@@ -1,18 +1,40 @@
+// The vxml tool, run as a child process with files for its standard streams, so that the tests
+// see exactly what a shell would.
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <spawn.h>
 #include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <regex>
+#include <sstream>
 #include <string>
-
-#include "VxmlProcess.h"
-
-namespace fs = std::filesystem;
-using vxml_test::ReadFile;
-using vxml_test::RunVxml;
-using vxml_test::WriteFile;
+#include <vector>
 
 namespace {
+
+namespace fs = std::filesystem;
+
+std::string ReadFile(const fs::path& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+void WriteFile(const fs::path& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+struct Result {
+    int status = -1;
+    std::string out;
+    std::string err;
+};
 
 const std::string kDecl = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
 const std::string kMismatchMessage = "開始エレメント名と終了エレメント名が異なります。";
@@ -31,8 +53,35 @@ class VxmlTest : public ::testing::Test {
     void TearDown() override { fs::remove_all(m_dir); }
 
     std::string Path(const std::string& name) const { return (m_dir / name).string(); }
-    vxml_test::Result Run(std::initializer_list<std::string> args, const std::string& in = "") {
-        return RunVxml(m_dir, args, in);
+
+    // Runs vxml with args in the test's directory; input becomes its standard input.
+    Result Run(const std::vector<std::string>& args, const std::string& input = "") const {
+        const fs::path in = m_dir / "stdin", out = m_dir / "stdout", err = m_dir / "stderr";
+        WriteFile(in, input);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 0, in.c_str(), O_RDONLY, 0);
+        posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                         0600);
+        posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                         0600);
+        std::vector<std::string> argv{VXML_PATH};
+        argv.insert(argv.end(), args.begin(), args.end());
+        std::vector<char*> pointers;
+        for (std::string& arg : argv)
+            pointers.push_back(arg.data());
+        pointers.push_back(nullptr);
+        Result result;
+        pid_t pid = 0;
+        if (posix_spawn(&pid, VXML_PATH, &actions, nullptr, pointers.data(), environ) == 0) {
+            int wait = 0;
+            waitpid(pid, &wait, 0);
+            result.status = WIFEXITED(wait) ? WEXITSTATUS(wait) : -1;
+        }
+        posix_spawn_file_actions_destroy(&actions);
+        result.out = ReadFile(out);
+        result.err = ReadFile(err);
+        return result;
     }
 
     fs::path m_dir;
@@ -52,20 +101,23 @@ std::string Sample(const std::string& name) {
     return std::string(VXML_SAMPLES) + "/" + name;
 }
 
+// Checking goes on after a file with diagnostics and after one that cannot be opened; "-" is
+// standard input. The text format is shown in English here, the others in Japanese.
 TEST_F(VxmlTest, CheckTextFormat) {
-    const std::string bad = Path("bad.xml"), missing = Path("missing.xml");
     const auto clean = Run({"check", Path("good.xml"), Sample("japanese-sjis.xml"),
                             Sample("japanese-eucjp.xml"), Sample("japanese-utf16le.xml")});
     EXPECT_EQ(clean.status, 0);
     EXPECT_EQ(clean.out, "");
 
-    const auto result = Run({"check", Path("good.xml"), bad, missing});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_TRUE(Matches(result.out, bad + ":<n>:<n>: error 29: " + kMismatchMessage + "\n<lines>" +
-                                        bad + ": fatal 7: " + kStoppedMessage + "\n" + missing +
-                                        ": fatal 2: " + kOpenFailedMessage + " (" + missing +
-                                        ")\n"))
-        << result.out;
+    const std::string missing = Path("missing.xml");
+    const auto text =
+        Run({"check", "--lang", "en", Path("good.xml"), "-", missing}, ReadFile(m_dir / "bad.xml"));
+    EXPECT_EQ(text.status, 1);
+    EXPECT_TRUE(Matches(text.out,
+                        "<stdin>:<n>:<n>: error 29: The start-tag name and the end-tag name "
+                        "differ.\n<lines><stdin>: fatal 7: Parsing stopped part-way.\n" +
+                            missing + ": fatal 2: Opening the file failed. (" + missing + ")\n"))
+        << text.out;
 
     // No declaration, so no encoding can be detected: a diagnostic without position or source.
     WriteFile(m_dir / "plain.xml", "<a/>");
@@ -74,7 +126,9 @@ TEST_F(VxmlTest, CheckTextFormat) {
 }
 
 TEST_F(VxmlTest, CheckNativeAndJsonFormats) {
-    const auto native = Run({"check", "--format", "native", Path("bad.xml"), Path("missing.xml")});
+    // The library's own text does not change with the language.
+    const auto native =
+        Run({"check", "--lang=en", "--format", "native", Path("bad.xml"), Path("missing.xml")});
     EXPECT_EQ(native.status, 1);
     EXPECT_TRUE(Matches(native.out, "(<n>,<n>):" + kMismatchMessage + "\n<lines>" +
                                         kStoppedMessage + "\n" + kOpenFailedMessage + "(" +
@@ -93,26 +147,6 @@ TEST_F(VxmlTest, CheckNativeAndJsonFormats) {
             R"(","code":7)" + failed + kStoppedMessage + "\"}\n" + R"({"file":")" +
             Path("missing.xml") + R"(","code":2)" + failed + kOpenFailedMessage + "\"}\n"))
         << json.out;
-}
-
-TEST_F(VxmlTest, EnglishMessagesAndStandardInput) {
-    const auto text =
-        Run({"check", "--lang", "en", "-", Path("missing.xml")}, ReadFile(m_dir / "bad.xml"));
-    EXPECT_EQ(text.status, 1);
-    const std::string missing = Path("missing.xml");
-    EXPECT_TRUE(Matches(text.out,
-                        "<stdin>:<n>:<n>: error 29: The start-tag name and the end-tag name "
-                        "differ.\n<lines><stdin>: fatal 7: Parsing stopped part-way.\n" +
-                            missing + ": fatal 2: Opening the file failed. (" + missing + ")\n"))
-        << text.out;
-
-    const auto json = Run({"check", "--lang=en", "--format", "json", Path("missing.xml")});
-    EXPECT_NE(json.out.find(R"("message":"Opening the file failed."})"), std::string::npos);
-    // The library's own text does not change with the language.
-    const auto native = Run({"check", "--lang", "en", "--format", "native", Path("missing.xml")});
-    EXPECT_EQ(native.out, kOpenFailedMessage + "(" + Path("missing.xml") + ")\n");
-
-    EXPECT_EQ(Run({"check", "-"}, ReadFile(m_dir / "good.xml")).status, 0);
 }
 
 TEST_F(VxmlTest, PrintWritesUtf8WithDiagnosticsOnStderr) {
@@ -205,20 +239,13 @@ TEST_F(VxmlTest, HelpVersionAndUsageErrors) {
     EXPECT_EQ(Run({"check", "-h"}).out.rfind("Usage: vxml check", 0), 0);
     EXPECT_EQ(Run({"--version"}).out, "vxml " VX_VERSION "\n");
 
-    const std::initializer_list<std::string> misuses[] = {
-        {},
-        {"validate", "a.xml"},
-        {"check"},
-        {"check", "--format", "xml", "a.xml"},
-        {"check", "--lang"},
-        {"check", "--colour", "a.xml"},
-        {"print", "--format", "json", "a.xml"},
-        {"print", "--no-external", "a.xml"},
-        {"tree", "a.xml", "b.xml"},
-        {"save", "a.xml", "-o", "b.xml"},
-        {"save", "a.xml", "--encoding", "EUC-JP"},
-    };
-    for (const auto& args : misuses) {
+    // Each misuse as its words.
+    for (const std::string misuse :
+         {"", "validate a.xml", "check", "check --format xml a.xml", "check --lang",
+          "check --colour a.xml", "print --format json a.xml", "print --no-external a.xml",
+          "tree a.xml b.xml", "save a.xml -o b.xml", "save a.xml --encoding EUC-JP"}) {
+        std::istringstream words(misuse);
+        const std::vector<std::string> args{std::istream_iterator<std::string>(words), {}};
         const auto result = Run(args);
         EXPECT_EQ(result.status, 2) << result.err;
         EXPECT_EQ(result.out, "");
@@ -226,13 +253,11 @@ TEST_F(VxmlTest, HelpVersionAndUsageErrors) {
     }
 }
 
+// Nesting far beyond the library's limit makes the parser throw.
 TEST_F(VxmlTest, LibraryExceptionExitsWithTwo) {
-    // Nesting far beyond the library's limit makes the parser throw.
     std::string deep = kDecl;
     for (int i = 0; i < 5000; ++i)
-        deep += "<a>";
-    for (int i = 0; i < 5000; ++i)
-        deep += "</a>";
+        deep.insert(kDecl.size(), "<a>").append("</a>");
     WriteFile(m_dir / "deep.xml", deep);
     const auto result = Run({"check", Path("deep.xml")});
     EXPECT_EQ(result.status, 2);

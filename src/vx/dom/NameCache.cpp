@@ -46,7 +46,7 @@ CVelStrW CNameCache::Intern(const CVelStrW& text) {
         MakeNewest(hint);
         return text;
     }
-    return m_entries[Use(View(text), [&] { return text; })].text;
+    return m_entries[Use(View(text), [&] { return text.OffPages(); })].text;
 }
 
 CVelStrW CNameCache::Intern(const char16_t* text, int length) {
@@ -77,7 +77,10 @@ int CNameCache::Use(std::u16string_view units, MakeString make) {
         slot = FindSlot(units, hash);
     }
     Entry& fresh = m_entries[entry];
-    fresh.text = make();
+    {
+        vel::CHeapScope heap;  // a cached string outlives the parse that made it
+        fresh.text = make();
+    }
     fresh.hash = hash;
     m_slots[slot] = entry;
     m_byAddress[AddressSlot(fresh.text.c_str())] = entry;

@@ -2,6 +2,7 @@
 // The base of every node of the document model, and of the nodes that carry a text value.
 #include <cstdint>
 
+#include "vx/text/Pages.h"
 #include "vx/text/StringBuffer.h"
 #include "vx/text/VelStr.h"
 
@@ -22,7 +23,7 @@ enum eXmlClassType : std::uint8_t {
     eXmlDtdType = 10,
 };
 
-class CXmlBaseObject {
+class CXmlBaseObject : public vel::CPageAllocated {
   public:
     explicit CXmlBaseObject(CXmlBaseObject* parent) : m_parent(parent) {}
     // A copy never inherits the source's place in a tree.

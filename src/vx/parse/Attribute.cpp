@@ -57,6 +57,8 @@ bool CParseAttValue::Interpreter(CParse& parser, int start, int& end) {
     bool sawReference = false;
     if (!ScanReferences(parser, literal.first, literal.close, sawReference, end)) return false;
     if (sawReference) {
+        // Built on the heap: the cache keeps it, or it goes at once.
+        vel::CHeapScope heap;
         CVelStrW expanded;
         if (!ConvertReferenceForString(expanded, src.SubStr(literal.first, literal.Length()),
                                        parser.GetDtd())) {

@@ -119,7 +119,12 @@ bool CParseCharRef::Interpreter(CParse& parser, int start, int& end) {
 }
 
 CVelStrW CParseCharRef::ToStr() const {
-    if (m_digits.IsEmpty()) return {};
+    char16_t unit = 0;
+    return ToUnits(unit) ? CVelStrW(unit) : CVelStrW();
+}
+
+int CParseCharRef::ToUnits(char16_t& unit) const {
+    if (m_digits.IsEmpty()) return 0;
     const bool hex = m_digits[0] == u'x';
     // The digits were checked when matched, so this reads them as strtol would, without the
     // narrow copy; and as a 32-bit long would, larger values saturate.
@@ -130,8 +135,9 @@ CVelStrW CParseCharRef::ToStr() const {
         const int unit = digit <= u'9' ? digit - u'0' : (digit | 0x20) - u'a' + 10;
         value = std::min(value * (hex ? 16 : 10) + unit, kMax);
     }
-    if (value == 0) return {};
-    return CVelStrW(static_cast<char16_t>(value & 0xFFFF));
+    if (value == 0) return 0;
+    unit = static_cast<char16_t>(value & 0xFFFF);
+    return 1;
 }
 
 }  // namespace vx

@@ -152,6 +152,10 @@ void CParseContent::Clear() {
     m_children.Clear();
 }
 
+void CParseContent::ReleaseChild(int index) {
+    delete std::exchange(m_children[index], nullptr);
+}
+
 template <class Item>
 bool CParseContent::TryAppend(CParse& parser, int& pos) {
     Item item;
@@ -170,12 +174,19 @@ bool CParseContent::TryAppend(CParse& parser, int& pos) {
 bool CParseContent::Interpreter(CParse& parser, int start, int& end) {
     Clear();
     end = start;
+    const CVelStrW& src = parser.Source();
     TryAppend<CParseCharData>(parser, end);
-    while (end < parser.Source().GetLength()) {
-        const bool matched =
-            TryAppend<CParseElement>(parser, end) || TryAppend<CParseReference>(parser, end) ||
-            TryAppend<CParseCDSect>(parser, end) || TryAppend<CParsePI>(parser, end) ||
-            TryAppend<CParseComment>(parser, end);
+    while (end < src.GetLength()) {
+        // Every alternative opens with "<" except the reference, which opens with "&": the
+        // others would be absent, so only the order among the "<" forms matters.
+        bool matched = false;
+        if (src[end] == u'<') {
+            matched = TryAppend<CParseElement>(parser, end) ||
+                      TryAppend<CParseCDSect>(parser, end) || TryAppend<CParsePI>(parser, end) ||
+                      TryAppend<CParseComment>(parser, end);
+        } else if (src[end] == u'&') {
+            matched = TryAppend<CParseReference>(parser, end);
+        }
         if (!matched) break;
         TryAppend<CParseCharData>(parser, end);
     }

@@ -14,6 +14,7 @@
 
 #include "vx/parse/Matching.h"
 #include "vx/text/CharClasses.h"
+#include "vx/text/Pages.h"
 #include "vx/text/SmallVector.h"
 #include "vx/text/VelStr.h"
 
@@ -93,7 +94,7 @@ enum eParseClassType : std::uint8_t {
     eParsePublicID = 65,
 };
 
-class CAbstractExpression {
+class CAbstractExpression : public vel::CPageAllocated {
   public:
     virtual ~CAbstractExpression() = default;
     virtual bool Interpreter(CParse& parser, int start, int& end) = 0;
@@ -322,6 +323,8 @@ class CParseCharRef : public CAbstractExpression {
     eParseClassType GetClassType() const override { return eParseCharRef; }
     // The referenced character cut to 16 bits, or empty for the value 0. No Char test.
     CVelStrW ToStr() const;
+    // The same as units: 1 with the character in unit, or 0.
+    int ToUnits(char16_t& unit) const;
 
   private:
     CVelStrW m_digits;  // "x" and the digits for a hexadecimal reference
@@ -415,6 +418,9 @@ class CParseContent : public CAbstractExpression {
     const CExpressionList& GetList() const { return m_children; }
     // Deletes the children.
     void Clear();
+    // Deletes the child at index once tree building has taken it over, so that a large
+    // content's memory goes while the document grows; its slot stays, empty, until Clear.
+    void ReleaseChild(int index);
 
     // Appends to dst a copy of each item of src. Only the six content classes are known; any
     // other is a programming error (logged, vel::CVelException), items copied before stay.

@@ -23,6 +23,7 @@ void ReleaseKeywords() {
 
 const CKeywords& Keywords() {
     if (!g_keywords) {
+        vel::CHeapScope heap;  // made inside a parse, kept for the process
         g_keywords = new CKeywords;
         RegisterFinalizer(ReleaseKeywords);
     }
@@ -97,6 +98,7 @@ std::unique_ptr<CAbstractExpression> CopyOf(const CAbstractExpression& item) {
 
 void CParseContent::CopyListToList(CExpressionList& dst, const CExpressionList& src) {
     for (const CAbstractExpression* item : src) {
+        if (!item) continue;  // already taken over by tree building
         std::unique_ptr<CAbstractExpression> copy;
         switch (item->GetClassType()) {
             case eParseCharData:

@@ -105,6 +105,7 @@ class CParse {
     template <class Body>
     static decltype(auto) RunPublic(int line, const char* function, Body&& body) {
         vel::AutoFuncNameLogger scope("Parse", line, function);
+        vel::CPageScope pages;
         return vel::Guarded("Parse", line, function, std::forward<Body>(body));
     }
 
@@ -115,6 +116,7 @@ class CParse {
     bool RunOnExternalFile(CAbstractExpression& production, const CVelStrW& systemLiteral);
 
     int MatchDocument();
+    bool AppendItem(CXmlListContainer& target, CAbstractExpression& item);
     bool AppendReference(CXmlListContainer& target, const CParseReference& reference);
     bool AppendEntity(CXmlListContainer& target, const CVelStrW& name);
 

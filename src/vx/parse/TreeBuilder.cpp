@@ -94,45 +94,52 @@ bool CParse::SetElementInfo(CXmlElement& element, CParseElement& source) {
 }
 
 // One node per item, adjacent text not merged. A failure leaves the tree cut where it
-// happened: an element is appended before it is filled.
+// happened: an element is appended before it is filled. Each item is released as soon as it
+// is in the tree, so that the production tree shrinks while the document grows.
 bool CParse::SetElementContentInfo(CXmlListContainer* target, CParseContent* content) {
     if (!content) return true;
-    target->Reserve(target->GetSize() + content->GetList().GetSize());
-    for (CAbstractExpression* item : content->GetList()) {
-        switch (item->GetClassType()) {
-            case eParseCharData:
-                AppendText<CXmlCData>(*target,
-                                      static_cast<const CParseCharData*>(item)->GetCharData());
-                break;
-            case eParseElement:
-                if (!SetElementInfo(*target->PushBack(std::make_unique<CXmlElement>(nullptr)),
-                                    *static_cast<CParseElement*>(item))) {
-                    return false;
-                }
-                break;
-            case eParseComment:
-            case eParsePI:
-                break;
-            case eParseReference:
-                if (!AppendReference(*target, *static_cast<const CParseReference*>(item))) {
-                    return false;
-                }
-                break;
-            case eParseCDSect:
-                AppendText<CXmlCDSect>(*target, static_cast<const CParseCDSect*>(item)->GetCData());
-                break;
-            default:
-                ThrowUnknown(__LINE__, "不明なクラス");
-        }
+    const CExpressionList& items = content->GetList();
+    target->Reserve(target->GetSize() + items.GetSize());
+    for (int i = 0; i < items.GetSize(); ++i) {
+        // The production tree is long out of the cache by now: ask for the next item early.
+        if (i + 1 < items.GetSize()) __builtin_prefetch(items[i + 1]);
+        if (!items[i]) continue;  // taken over by an earlier run
+        if (!AppendItem(*target, *items[i])) return false;
+        content->ReleaseChild(i);
     }
     return true;
 }
 
+bool CParse::AppendItem(CXmlListContainer& target, CAbstractExpression& item) {
+    switch (item.GetClassType()) {
+        case eParseCharData:
+            AppendText<CXmlCData>(target, static_cast<const CParseCharData&>(item).GetCharData());
+            return true;
+        case eParseElement:
+            return SetElementInfo(*target.PushBack(std::make_unique<CXmlElement>(nullptr)),
+                                  static_cast<CParseElement&>(item));
+        case eParseComment:
+        case eParsePI:
+            return true;
+        case eParseReference:
+            return AppendReference(target, static_cast<const CParseReference&>(item));
+        case eParseCDSect:
+            AppendText<CXmlCDSect>(target, static_cast<const CParseCDSect&>(item).GetCData());
+            return true;
+        default:
+            ThrowUnknown(__LINE__, "不明なクラス");
+    }
+}
+
 bool CParse::AppendReference(CXmlListContainer& target, const CParseReference& reference) {
     switch (reference.GetKind()) {
-        case CParseReference::eCharRef:
-            AppendText<CXmlCData>(target, m_texts.Get(reference.GetCharRef().ToStr()));
+        case CParseReference::eCharRef: {
+            // Shared without a string of its own first, which would only be garbage.
+            char16_t unit = 0;
+            const int length = reference.GetCharRef().ToUnits(unit);
+            AppendText<CXmlCData>(target, m_texts.Get(&unit, length));
             return true;
+        }
         case CParseReference::eEntityRef:
             return AppendEntity(target, reference.GetEntityRef().GetName());
         case CParseReference::eNone:

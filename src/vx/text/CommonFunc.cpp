@@ -150,8 +150,15 @@ CVelStrW ConvertNumToChar(const CVelStrW& text, int first, int last) {
 }
 
 CVelStrW ConvertNumToChar(const CVelStrW& text) {
-    static const CVelStrW open(u"&#");
-    static const CVelStrW close(u";");
+    // Made on first use, often inside a parse: kept off its pages, since they outlive it.
+    static const CVelStrW open = [] {
+        vel::CHeapScope heap;
+        return CVelStrW(u"&#");
+    }();
+    static const CVelStrW close = [] {
+        vel::CHeapScope heap;
+        return CVelStrW(u";");
+    }();
     int found = text.Pos(open);
     if (found == CVelStrW::npos) return text;
     CVelStringBuffer<CVelStrW> out;

@@ -6,6 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "vx/text/Pages.h"
+
 namespace vel {
 
 template <typename T>
@@ -97,6 +99,9 @@ class CSmallVector {
                    ? std::launder(reinterpret_cast<T*>(reinterpret_cast<char*>(m_block) + kHeader))
                    : nullptr;
     }
+    static std::size_t BlockSize(int capacity) {
+        return kHeader + sizeof(T) * static_cast<std::size_t>(capacity);
+    }
     int Capacity() const noexcept { return m_block ? m_block->capacity : 0; }
     int Checked(int index) const {
         if (index < 0 || index >= GetSize()) throw std::out_of_range("CSmallVector out_of_range");
@@ -117,7 +122,7 @@ class CSmallVector {
     }
 
     void Grow(int capacity) {
-        void* memory = ::operator new(kHeader + sizeof(T) * static_cast<std::size_t>(capacity));
+        void* memory = AllocateSmall(BlockSize(capacity));
         auto* block = static_cast<Block*>(memory);
         block->count = 0;
         block->capacity = capacity;
@@ -129,13 +134,14 @@ class CSmallVector {
             old[i].~T();
         }
         block->count = count;
-        if (m_block) ::operator delete(m_block);
+        if (m_block) FreeSmall(m_block, BlockSize(m_block->capacity));
         m_block = block;
     }
 
     void Free() noexcept {
+        if (!m_block) return;
         Clear();
-        ::operator delete(m_block);
+        FreeSmall(m_block, BlockSize(m_block->capacity));
         m_block = nullptr;
     }
 

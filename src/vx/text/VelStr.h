@@ -10,6 +10,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "vx/text/Pages.h"
+
 namespace velstr {
 
 class CBaseRefCnt {
@@ -36,12 +38,13 @@ class CVelStrRefCntTC : public CBaseRefCnt {
 
     static CVelStrRefCntTC* Create(int capacity) {
         if (capacity < kInlineUnits - 1) capacity = kInlineUnits - 1;
-        void* block = ::operator new(sizeof(CVelStrRefCntTC) + (capacity + 1) * sizeof(T));
+        void* block = vel::AllocateSmall(BlockSize(capacity), vel::eTextPages);
         return new (block) CVelStrRefCntTC(capacity);
     }
     static void Destroy(CVelStrRefCntTC* rep) noexcept {
+        const std::size_t size = BlockSize(rep->m_capacity);
         rep->~CVelStrRefCntTC();
-        ::operator delete(rep);
+        vel::FreeSmall(rep, size);
     }
     CVelStrRefCntTC(const CVelStrRefCntTC&) = delete;
     CVelStrRefCntTC& operator=(const CVelStrRefCntTC&) = delete;
@@ -52,6 +55,9 @@ class CVelStrRefCntTC : public CBaseRefCnt {
     int m_capacity;  // units available, not counting the terminator
 
   private:
+    static std::size_t BlockSize(int capacity) {
+        return sizeof(CVelStrRefCntTC) + (static_cast<std::size_t>(capacity) + 1) * sizeof(T);
+    }
     explicit CVelStrRefCntTC(int capacity) : m_capacity(capacity) { Data()[0] = T(); }
     ~CVelStrRefCntTC() = default;
 };
@@ -131,8 +137,14 @@ class CVelStrBase {
     // end does not match.
     bool MatchAt(int index, const CVelStrBase& keyword) const noexcept {
         const int n = keyword.GetLength();
-        return index >= 0 && index <= GetLength() - n &&
-               (n == 0 || std::memcmp(c_str() + index, keyword.c_str(), n * sizeof(T)) == 0);
+        if (index < 0 || index > GetLength() - n) return false;
+        // Keywords are short and most tries fail at their first unit: a loop beats a call.
+        const T* here = c_str() + index;
+        const T* units = keyword.c_str();
+        for (int i = 0; i < n; ++i) {
+            if (here[i] != units[i]) return false;
+        }
+        return true;
     }
 
     // Compare at most count units, as strncmp does: the end of a string reads as a terminator.
@@ -146,6 +158,13 @@ class CVelStrBase {
 
     // count units from first; both are clamped to the text.
     Derived SubStr(int first, int count = npos) const;
+    // This string, or a copy of it when its units live on a parse's pages: what a
+    // process-wide store keeps must not hold a page alive.
+    Derived OffPages() const {
+        if (!m_rep || !vel::IsPaged(m_rep)) return static_cast<const Derived&>(*this);
+        vel::CHeapScope heap;
+        return Derived(c_str(), GetLength());
+    }
 
     // Upper-cases ASCII letters in place.
     Derived& Upper();

@@ -5,32 +5,35 @@
 
 namespace vx {
 
-class CXmlCData : public CXmlTextObject {
+// What character data and CDATA sections share: a text of their own. They differ in how
+// they are written.
+class CXmlStoredText : public CXmlTextObject {
   public:
-    explicit CXmlCData(CXmlBaseObject* parent) : CXmlTextObject(parent) {}
+    CVelStrW GetText() const override { return m_text; }
+    void SetText(const CVelStrW& text) { m_text = text; }
+
+  protected:
+    explicit CXmlStoredText(CXmlBaseObject* parent) : CXmlTextObject(parent) {}
+
+    CVelStrW m_text;
+};
+
+class CXmlCData : public CXmlStoredText {
+  public:
+    explicit CXmlCData(CXmlBaseObject* parent) : CXmlStoredText(parent) {}
 
     eXmlClassType GetClassType() const override { return eXmlCDataType; }
     void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
     void ConvertReturnCode(const CVelStrW& lineEnd) override;
-    CVelStrW GetText() const override { return m_text; }
-    void SetText(const CVelStrW& text) { m_text = text; }
-
-  private:
-    CVelStrW m_text;
 };
 
-class CXmlCDSect : public CXmlTextObject {
+class CXmlCDSect : public CXmlStoredText {
   public:
-    explicit CXmlCDSect(CXmlBaseObject* parent) : CXmlTextObject(parent) {}
+    explicit CXmlCDSect(CXmlBaseObject* parent) : CXmlStoredText(parent) {}
 
     eXmlClassType GetClassType() const override { return eXmlCDSectType; }
     void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
     void ConvertReturnCode(const CVelStrW& lineEnd) override;
-    CVelStrW GetText() const override { return m_text; }
-    void SetText(const CVelStrW& text) { m_text = text; }
-
-  private:
-    CVelStrW m_text;
 };
 
 class CXmlEntity : public CXmlTextObject {

@@ -101,8 +101,6 @@ bool CParse::SetElementContentInfo(CXmlListContainer* target, CParseContent* con
     const CExpressionList& items = content->GetList();
     target->Reserve(target->GetSize() + items.GetSize());
     for (int i = 0; i < items.GetSize(); ++i) {
-        // The production tree is long out of the cache by now: ask for the next item early.
-        if (i + 1 < items.GetSize()) __builtin_prefetch(items[i + 1]);
         if (!items[i]) continue;  // taken over by an earlier run
         if (!AppendItem(*target, *items[i])) return false;
         content->ReleaseChild(i);

@@ -150,14 +150,10 @@ CVelStrW ConvertNumToChar(const CVelStrW& text, int first, int last) {
 }
 
 CVelStrW ConvertNumToChar(const CVelStrW& text) {
-    // Made on first use, often inside a parse: kept off its pages, since they outlive it.
+    // Made on first use, often inside a parse: kept off its pages, since it outlives it.
     static const CVelStrW open = [] {
         vel::CHeapScope heap;
         return CVelStrW(u"&#");
-    }();
-    static const CVelStrW close = [] {
-        vel::CHeapScope heap;
-        return CVelStrW(u";");
     }();
     int found = text.Pos(open);
     if (found == CVelStrW::npos) return text;
@@ -165,7 +161,7 @@ CVelStrW ConvertNumToChar(const CVelStrW& text) {
     int from = 0;  // first unit of text not yet copied or converted
     while (found != CVelStrW::npos) {
         const int start = found + 2;
-        int end = text.Pos(close, start);
+        int end = text.Pos(u';', start);
         if (end == CVelStrW::npos) end = text.GetLength();  // a missing ";" ends the text
         const CVelStrW converted = ConvertNumToChar(text, start, end - 1);
         out.Append(text.c_str() + from, found - from);

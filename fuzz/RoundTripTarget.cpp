@@ -75,13 +75,10 @@ void CompareContent(const vx::CXmlListContainer& a, const vx::CXmlListContainer&
 
 void CompareElements(const vx::CXmlElement& a, const vx::CXmlElement& b) {
     Check(a.GetName() == b.GetName());
-    vx::CSmallVector<vx::CVelStrW> namesA, namesB;
-    a.GetAttNameList(namesA);
-    b.GetAttNameList(namesB);
-    Check(namesA.GetSize() == namesB.GetSize());
-    for (int i = 0; i < namesA.GetSize(); ++i) {
-        Check(namesA[i] == namesB[i]);
-        Check(a.GetAtt(namesA[i]).GetValue() == b.GetAtt(namesB[i]).GetValue());
+    Check(a.GetAttCount() == b.GetAttCount());
+    for (int i = 0; i < a.GetAttCount(); ++i) {
+        Check(a.GetAttAt(i).GetName() == b.GetAttAt(i).GetName());
+        Check(a.GetAttAt(i).GetValue() == b.GetAttAt(i).GetValue());
     }
     CompareContent(a.GetChildren(), b.GetChildren());
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <list>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
@@ -54,6 +55,10 @@ TEST(Element, SetAttKeepsOrderAndParents) {
     EXPECT_EQ(Utf8(names[0]), "old");
     EXPECT_EQ(Utf8(names[1]), "a");
     EXPECT_EQ(Utf8(names[11]), "l");
+    ASSERT_EQ(element.GetAttCount(), 11);
+    EXPECT_EQ(Utf8(element.GetAttAt(0).GetValue()), "2\n");
+    EXPECT_EQ(element.GetAttAt(10).GetParent(), &element);
+    EXPECT_THROW(element.GetAttAt(11), std::out_of_range);
 
     // The first attribute still reaches the document (its CR LF line end) after the list grew.
     const std::string expected = "<e a=\"2&#13;&#10;\" c=\"v\"";

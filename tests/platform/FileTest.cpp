@@ -2,6 +2,7 @@
 #include <signal.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -166,6 +167,43 @@ TEST(ReplaceFile, WritesIntoAFifo) {
     reader.join();
     EXPECT_EQ(received, "through the pipe");
     EXPECT_TRUE(fs::is_fifo(fifo));
+}
+
+ino_t Inode(const std::string& path) {
+    struct stat info {};
+    EXPECT_EQ(stat(path.c_str(), &info), 0);
+    return info.st_ino;
+}
+
+// A rename would give the file a new inode: its other names would keep the old text, and
+// only a privileged process could give it back its owner.
+TEST(ReplaceFile, KeepsHardLinksAndOwnersByWritingInPlace) {
+    TempDir dir;
+    Write(dir / "a.xml", "old", fs::perms(0666));
+    fs::create_hard_link(dir / "a.xml", dir / "b.xml");
+    const ino_t inode = Inode(dir / "a.xml");
+    ASSERT_TRUE(Replace(dir / "a.xml", "shared"));
+    EXPECT_EQ(ReadFile(dir / "b.xml"), "shared");
+    EXPECT_EQ(Inode(dir / "a.xml"), inode);
+
+    if (geteuid() != 0) GTEST_SKIP() << "needs root to make a file of another owner";
+    fs::remove(dir / "b.xml");
+    fs::permissions(dir.Path(), fs::perms(0777));
+    // Root keeps any owner through the rename; another user cannot and writes in place.
+    ASSERT_EQ(chown((dir / "a.xml").c_str(), 4321, 4321), 0);
+    ASSERT_TRUE(Replace(dir / "a.xml", "root's"));
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(setresuid(65534, 65534, 65534) == 0 && Replace(dir / "a.xml", "nobody's") ? 0 : 1);
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    struct stat info {};
+    ASSERT_EQ(stat((dir / "a.xml").c_str(), &info), 0);
+    EXPECT_EQ(info.st_uid, 4321u);
+    EXPECT_EQ(info.st_gid, 4321u);
+    EXPECT_EQ(ReadFile(dir / "a.xml"), "nobody's");
+    EXPECT_EQ(Names(dir.Path()), Listing{"a.xml"});
 }
 
 TEST(Path, ExtractsDirectoriesAndJoinsRelativePaths) {

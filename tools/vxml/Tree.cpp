@@ -58,10 +58,9 @@ class Outline {
 
     void Element(const vx::CXmlElement& element, int depth) {
         std::string line = ToUtf8(element.GetName());
-        vx::CSmallVector<vx::CVelStrW> names;
-        element.GetAttNameList(names);
-        for (const vx::CVelStrW& name : names) {
-            AppendPair(line, ToUtf8(name), element.GetAtt(name).GetValue());
+        for (int i = 0; i < element.GetAttCount(); ++i) {
+            const vx::CXmlAttribute& attribute = element.GetAttAt(i);
+            AppendPair(line, ToUtf8(attribute.GetName()), attribute.GetValue());
         }
         Line(depth, line);
         Children(element.GetChildren(), depth + 1);

@@ -46,6 +46,10 @@ class CXmlElement : public CXmlTextObject {
     CXmlAttribute GetAtt(const CVelStrW& name) const;
     // Appends the attribute names to names, which is deliberately not emptied first.
     void GetAttNameList(CSmallVector<CVelStrW>& names) const;
+    // The attributes by position, in the order of GetAttNameList: a walk over all of them
+    // without a search by name per attribute. GetAttAt raises std::out_of_range past the end.
+    int GetAttCount() const noexcept { return m_attributes.GetSize(); }
+    const CXmlAttribute& GetAttAt(int index) const { return m_attributes[index]; }
 
     CXmlListContainer& GetChildren() noexcept { return m_children; }
     const CXmlListContainer& GetChildren() const noexcept { return m_children; }

@@ -97,6 +97,11 @@ bool DiscardTemporary(int fd, const std::string& path) {
     return Fail(error);
 }
 
+bool WriteInPlace(const char* name, const void* data, int size) {
+    CVelFile file;
+    return file.CreateFileA(name, CVelFile::eOpenWrite) && file.Write(data, size);
+}
+
 }  // namespace
 
 CVelFile::~CVelFile() {
@@ -157,11 +162,10 @@ bool ReplaceFileContents(const char* name, const void* data, int size) {
     if (!name || size < 0 || (!data && size > 0)) return Fail(EINVAL);
     struct stat old;
     const bool exists = stat(name, &old) == 0;
-    // A device or FIFO holds no text to keep whole, and cannot be renamed over.
-    if (exists && !S_ISREG(old.st_mode)) {
-        CVelFile file;
-        return file.CreateFileA(name, CVelFile::eOpenWrite) && file.Write(data, size);
-    }
+    // A device or FIFO holds no text to keep whole, and cannot be renamed over; a file with
+    // other names would lose them to a new inode.
+    if (exists && (!S_ISREG(old.st_mode) || old.st_nlink > 1))
+        return WriteInPlace(name, data, size);
     std::string target = name;
     if (!FollowLinks(target)) return FailWithErrno();
     // The rename would replace a file that may not be written; writing in place would not.
@@ -171,6 +175,12 @@ bool ReplaceFileContents(const char* name, const void* data, int size) {
     std::string temporary = target + ".vx-XXXXXX";
     const int fd = mkostemp(temporary.data(), O_CLOEXEC);
     if (fd < 0) return FailWithErrno();
+    // Someone else's file, or one of a group this process is not in, keeps its owner only
+    // when it is written in place.
+    if (exists && fchown(fd, old.st_uid, old.st_gid) != 0) {
+        DiscardTemporary(fd, temporary);
+        return WriteInPlace(name, data, size);
+    }
     const mode_t mode = exists ? old.st_mode & 07777 : NewFileMode();
     if (!WriteAll(fd, data, size) || fchmod(fd, mode) != 0 || fsync(fd) != 0) {
         return DiscardTemporary(fd, temporary);

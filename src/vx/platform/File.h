@@ -34,9 +34,10 @@ class CVelFile {
 // Replaces the file name with size bytes so that it is never seen half-written: they go to a
 // temporary file in the same directory, which is synced, given the old file's permissions and
 // renamed over it. A symbolic link is followed, even one naming no file yet, so that the file
-// it names is replaced and the link stays. A file that may not be written is refused, and a
-// device or FIFO is written in place. On failure the temporary file is removed, the old file is
-// untouched and GetLastError has the errno.
+// it names is replaced and the link stays. A file that may not be written is refused. A device
+// or FIFO, a file with other hard links, and a file whose owner and group the new one could
+// not take are written in place instead, as CreateFileA and Write would. On failure the temporary
+// file is removed, the old file is untouched and GetLastError has the errno.
 bool ReplaceFileContents(const char* name, const void* data, int size);
 
 }  // namespace vel

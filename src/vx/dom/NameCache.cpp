@@ -22,12 +22,8 @@ std::size_t TableSize(int capacity) {
 
 constexpr std::size_t kAddressSlots = 256;
 
-// FNV-1a over the units, inline: names are short, and a library call costs more than the loop.
 std::size_t Hash(std::u16string_view units) {
-    std::uint64_t hash = 14695981039346656037ULL;
-    for (const char16_t unit : units)
-        hash = (hash ^ unit) * 1099511628211ULL;
-    return static_cast<std::size_t>(hash);
+    return velstr::HashUnits(units.data(), static_cast<int>(units.size()));
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 #include "vx/text/ShortTextCache.h"
 
 #include <cstring>
-#include <functional>
-#include <string_view>
 
 namespace vx {
 
@@ -17,9 +15,7 @@ bool Holds(const CVelStrW& slot, const char16_t* units, int length) {
 
 CVelStrW* CShortTextCache::Slot(const char16_t* units, int length) {
     if (length > kMaxLength) return nullptr;
-    const std::size_t hash =
-        std::hash<std::u16string_view>()({units, static_cast<std::size_t>(length)});
-    return &m_slots[hash % kSlots];
+    return &m_slots[velstr::HashUnits(units, length) % kSlots];
 }
 
 CVelStrW CShortTextCache::Get(const char16_t* units, int length) {

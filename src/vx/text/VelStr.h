@@ -70,6 +70,18 @@ void ThrowStringError(const char* what);
 int FindUnit(const char16_t* text, int from, int length, char16_t a, char16_t b,
              char16_t c) noexcept;
 
+// FNV-1a over units[0, length), inline: names and short texts are hashed per use, and for them
+// a library call costs more than the loop.
+template <typename T>
+std::size_t HashUnits(const T* units, int length) noexcept {
+    std::uint64_t hash = 14695981039346656037ULL;
+    for (int i = 0; i < length; ++i)
+        hash = (hash ^ static_cast<std::make_unsigned_t<T>>(units[i])) * 1099511628211ULL;
+    // The low bits of the product see only the low bits of each unit; tables index by the
+    // low bits, and Japanese names differ in the high ones.
+    return static_cast<std::size_t>(hash ^ (hash >> 32));
+}
+
 template <typename T, typename Derived>
 class CVelStrBase {
   public:
@@ -395,12 +407,7 @@ D& CVelStrBase<T, D>::Upper() {
 
 template <typename T, typename D>
 std::size_t CVelStrBase<T, D>::Hash() const noexcept {
-    std::uint64_t h = 1469598103934665603ULL;  // FNV-1a
-    const T* text = c_str();
-    for (int i = 0; i < GetLength(); ++i) {
-        h = (h ^ static_cast<std::make_unsigned_t<T>>(text[i])) * 1099511628211ULL;
-    }
-    return static_cast<std::size_t>(h);
+    return HashUnits(c_str(), GetLength());
 }
 
 template <typename T, typename D>

@@ -44,21 +44,22 @@ void CXmlElement::SetAtt(const CVelStrW& name, const CXmlAttribute& attribute) {
     copy.SetName(name);
     const auto slot = std::find_if(m_attributes.begin(), m_attributes.end(), CAttByName(name));
     if (slot == m_attributes.end()) {
-        AppendAtt(copy);
+        AppendAtt() = copy;
     } else {
         *slot = copy;
     }
 }
 
-void CXmlElement::AppendAtt(const CXmlAttribute& attribute) {
+CXmlAttribute& CXmlElement::AppendAtt() {
     const CXmlAttribute* const before = m_attributes.begin();
-    m_attributes.PushBack(attribute);
+    m_attributes.PushBack(CXmlAttribute(nullptr));
     // Only a new block moves the others; the vector doubles, so adopting them all is amortised.
     if (m_attributes.begin() != before) {
         AdoptAttributes();
     } else {
         m_attributes.Back().SetParent(this);
     }
+    return m_attributes.Back();
 }
 
 CXmlAttribute CXmlElement::GetAtt(const CVelStrW& name) const {

@@ -75,8 +75,9 @@ class CXmlElement : public CXmlTextObject {
     // The tree builder appends attributes whose names the parser has already found distinct,
     // without the search of SetAtt, so that a tag with very many attributes stays linear.
     friend class CParse;
-    // Appends a copy of attribute, named as it is; amortised constant time.
-    void AppendAtt(const CXmlAttribute& attribute);
+    // Appends an empty attribute of this element, for the caller to fill (assignment keeps its
+    // parent); amortised constant time.
+    CXmlAttribute& AppendAtt();
     // Room for count attributes in all, so that the builder allocates them once.
     void ReserveAtt(int count) { m_attributes.Reserve(count); }
     // Attributes lose their parent whenever the vector copies them.

@@ -82,10 +82,9 @@ bool CParse::SetElementInfo(CXmlElement& element, CParseElement& source) {
     // The tag refused duplicate names, so what SetAtt would search for is never there.
     element.ReserveAtt(tag->GetAttributes().GetSize());
     for (const CParseAttribute& attribute : tag->GetAttributes()) {
-        CXmlAttribute node(nullptr);
+        CXmlAttribute& node = element.AppendAtt();
         node.SetName(attribute.GetName());
         node.SetValue(attribute.GetAttValue().GetValue());
-        element.AppendAtt(node);
     }
     if (source.GetForm() == CParseElement::eEmptyElemTag) return true;
     if (!SetElementContentInfo(&element.GetChildren(), source.GetContent())) return false;

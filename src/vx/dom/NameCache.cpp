@@ -22,10 +22,6 @@ std::size_t TableSize(int capacity) {
 
 constexpr std::size_t kAddressSlots = 256;
 
-std::size_t Hash(std::u16string_view units) {
-    return velstr::HashUnits(units.data(), static_cast<int>(units.size()));
-}
-
 }  // namespace
 
 CNameCache::CNameCache(int capacity)
@@ -56,7 +52,7 @@ template <class MakeString>
 int CNameCache::Use(std::u16string_view units, MakeString make) {
     // Tree building interns again what the parser has just interned: no need to look it up.
     if (m_newest >= 0 && View(m_entries[m_newest].text) == units) return m_newest;
-    const std::size_t hash = Hash(units);
+    const std::size_t hash = velstr::HashUnits(units.data(), static_cast<int>(units.size()));
     std::size_t slot = FindSlot(units, hash);
     int entry = m_slots[slot];
     if (entry >= 0) {

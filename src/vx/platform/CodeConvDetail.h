@@ -30,6 +30,11 @@ inline void StoreUnit(unsigned char* p, char16_t unit) {
 
 using Converter = bool (*)(const unsigned char* src, std::size_t length, Output& out);
 
+// Ascii.cpp: from src[i] on, the bytes (WidenAscii) or UTF-16LE units (NarrowAscii) below 0x80
+// are copied to out and i is moved past them; false when out has no room left for one.
+bool WidenAscii(const unsigned char* src, std::size_t length, std::size_t& i, Output& out);
+bool NarrowAscii(const unsigned char* src, std::size_t length, std::size_t& i, Output& out);
+
 // Utf.cpp
 bool DecodeUtf8(const unsigned char* src, std::size_t length, Output& out);
 bool EncodeUtf8(const unsigned char* src, std::size_t length, Output& out);

@@ -1,8 +1,5 @@
 // UTF-8, UTF-16LE and UCS-4LE, converted by hand: these carry most documents, so they must be
 // fast and must reject every malformed sequence.
-#include <bit>
-#include <cstdint>
-#include <cstring>
 
 #include "vx/platform/CodeConvDetail.h"
 
@@ -10,39 +7,8 @@ namespace vcc::detail {
 
 namespace {
 
-static_assert(std::endian::native == std::endian::little,
-              "the ASCII fast path widens bytes in a little-endian register");
-
-constexpr std::uint64_t kHighBits = 0x8080808080808080ull;
-
 bool IsSurrogate(char32_t value) {
     return value >= 0xD800 && value <= 0xDFFF;
-}
-
-// Spreads four bytes of the low half of `bytes` into four 16-bit lanes.
-std::uint64_t WidenFour(std::uint64_t bytes) {
-    bytes &= 0xFFFFFFFFull;
-    bytes = (bytes | (bytes << 16)) & 0x0000FFFF0000FFFFull;
-    return (bytes | (bytes << 8)) & 0x00FF00FF00FF00FFull;
-}
-
-// Copies ASCII runs eight bytes at a time; stops at the first block holding a non-ASCII byte
-// or when the output has no room for a whole block.
-void CopyAsciiBlocks(const unsigned char* src, std::size_t length, std::size_t& i, Output& out) {
-    unsigned char* o = out.End();
-    const unsigned char* const end = out.data + out.capacity;
-    while (length - i >= 8 && end - o >= 16) {
-        std::uint64_t block;
-        std::memcpy(&block, src + i, 8);
-        if (block & kHighBits) break;
-        const std::uint64_t low = WidenFour(block);
-        const std::uint64_t high = WidenFour(block >> 32);
-        std::memcpy(o, &low, 8);
-        std::memcpy(o + 8, &high, 8);
-        o += 16;
-        i += 8;
-    }
-    out.size = static_cast<std::size_t>(o - out.data);
 }
 
 // Length of the well-formed UTF-8 sequence at p (n bytes available) and its value; 0 if the
@@ -131,10 +97,10 @@ bool EncodeCodePoints(const unsigned char* src, std::size_t length, Output& out,
 bool DecodeUtf8(const unsigned char* src, std::size_t length, Output& out) {
     std::size_t i = 0;
     while (i < length) {
-        CopyAsciiBlocks(src, length, i, out);
+        if (!WidenAscii(src, length, i, out)) return false;
         if (i == length) break;
-        char32_t value = src[i];
-        const int sequence = value < 0x80 ? 1 : ReadUtf8Sequence(src + i, length - i, value);
+        char32_t value;
+        const int sequence = ReadUtf8Sequence(src + i, length - i, value);
         if (sequence == 0 || !out.PutCodePoint(value)) return false;
         i += static_cast<std::size_t>(sequence);
     }

@@ -1,8 +1,10 @@
 #include "vx/platform/CodeConv.h"
 
 #include <gtest/gtest.h>
+#include <iconv.h>
 
 #include <climits>
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -124,6 +126,159 @@ TEST(CodeConv, SizesAndLimits) {
     size = static_cast<int>(dst.size());
     EXPECT_FALSE(ConvertTo(text.data(), 20, eUtf8, dst.data(), &size, eUtf16LE));
     EXPECT_EQ(size, 35);
+}
+
+// glibc iconv, which the Japanese tables were generated from: decoding as it does, and encoding
+// only what reads back as the same text.
+class Iconv {
+  public:
+    explicit Iconv(const char* charset)
+        : m_decoder(iconv_open("UTF-16LE", charset)), m_encoder(iconv_open(charset, "UTF-16LE")) {}
+    ~Iconv() {
+        iconv_close(m_decoder);
+        iconv_close(m_encoder);
+    }
+
+    std::optional<std::string> Decode(const std::string& bytes) const {
+        return Run(m_decoder, bytes);
+    }
+    std::optional<std::string> Encode(const std::string& wide) const {
+        auto bytes = Run(m_encoder, wide);
+        if (bytes && Run(m_decoder, *bytes) != wide) return std::nullopt;
+        return bytes;
+    }
+
+  private:
+    static std::optional<std::string> Run(iconv_t cd, std::string in) {
+        std::string out(16, '\0');
+        char* from = in.data();
+        char* to = out.data();
+        std::size_t inLeft = in.size(), outLeft = out.size();
+        iconv(cd, nullptr, nullptr, nullptr, nullptr);
+        if (iconv(cd, &from, &inLeft, &to, &outLeft) != 0 || inLeft != 0) return std::nullopt;
+        out.resize(out.size() - outLeft);
+        return out;
+    }
+
+    iconv_t m_decoder;
+    iconv_t m_encoder;
+};
+
+// Counts the codes converted otherwise than expected and names the first few.
+class Mismatches {
+  public:
+    ~Mismatches() { EXPECT_EQ(m_count, 0) << m_first; }
+    void Check(const std::string& input, const std::optional<std::string>& actual,
+               const std::optional<std::string>& expected) {
+        if (actual == expected || ++m_count > 8) return;
+        for (unsigned char byte : input)
+            m_first += "0123456789abcdef"[byte >> 4], m_first += "0123456789abcdef"[byte & 15];
+        m_first += actual ? " converted, " : " refused, ";
+    }
+
+  private:
+    int m_count = 0;
+    std::string m_first;
+};
+
+// An 'A' first, so that U+FEFF is not taken for a byte-order mark.
+std::string AfterA(unsigned unit) {
+    return std::string{'A', '\0', static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
+}
+
+TEST(CodeConv, JapaneseTablesAgreeWithIconvOnEveryCode) {
+    const std::pair<eCodeType, const char*> charsets[] = {
+        {eShiftJIS, "CP932"}, {eWindows932, "CP932"}, {eEucJP, "EUC-JP-MS"}};
+    for (const auto& [code, name] : charsets) {
+        SCOPED_TRACE(name);
+        const Iconv iconv(name);
+        Mismatches mismatches;
+        auto decodes = [&](const std::string& bytes) {
+            mismatches.Check(bytes, Convert(bytes, code, eUtf16LE), iconv.Decode(bytes));
+        };
+        for (unsigned first = 0; first < 0x100; ++first) {
+            decodes(std::string(1, static_cast<char>(first)));
+            for (unsigned second = 0; second < 0x100; ++second) {
+                const std::string pair{static_cast<char>(first), static_cast<char>(second)};
+                decodes(pair);
+                if (code != eEucJP || first != 0x8F) continue;
+                for (unsigned third = 0; third < 0x100; ++third)
+                    decodes(pair + static_cast<char>(third));
+            }
+        }
+        for (unsigned unit = 0; unit < 0x10000; ++unit) {
+            const std::string wide = AfterA(unit);
+            mismatches.Check(wide, Convert(wide, eUtf16LE, code), iconv.Encode(wide));
+        }
+    }
+}
+
+// Shift_JIS codes by JIS X 0208 row and cell: each lead byte holds two rows, 94 cells each,
+// in the order of its trail bytes 0x40-0x7E and 0x80-0xFC.
+std::map<std::string, std::pair<int, int>> ShiftJisCells() {
+    std::map<std::string, std::pair<int, int>> cells;
+    int row = 1;
+    for (unsigned lead = 0x81; lead <= 0xEF; lead = lead == 0x9F ? 0xE0 : lead + 1, row += 2) {
+        int k = 0;
+        for (unsigned trail = 0x40; trail <= 0xFC; ++trail, ++k) {
+            if (trail == 0x7F) trail++;
+            cells[{static_cast<char>(lead), static_cast<char>(trail)}] = {row + k / 94, k % 94 + 1};
+        }
+    }
+    return cells;
+}
+
+TEST(CodeConv, Iso2022JpIsCodePage932ByJisCell) {
+    const Iconv cp932("CP932");
+    Mismatches mismatches;
+    const auto cells = ShiftJisCells();
+    auto jis = [](std::pair<int, int> cell) {
+        return "\x1b$B" +
+               std::string{static_cast<char>(cell.first + 0x20),
+                           static_cast<char>(cell.second + 0x20)} +
+               "\x1b(B";
+    };
+    for (const auto& [sjis, cell] : cells) {
+        mismatches.Check(jis(cell), Convert(jis(cell), eIso2022JP, eUtf16LE), cp932.Decode(sjis));
+    }
+    for (unsigned unit = 0x80; unit < 0x10000; ++unit) {
+        const std::string wide = AfterA(unit);
+        const auto sjis = cp932.Encode(wide);
+        const auto cell = sjis ? cells.find(sjis->substr(1)) : cells.end();
+        const bool assigned =
+            cell != cells.end() &&
+            (cell->second.first <= 8 || (cell->second.first >= 16 && cell->second.first <= 84));
+        mismatches.Check(wide, Convert(wide, eUtf16LE, eIso2022JP),
+                         assigned ? std::optional("A" + jis(cell->second)) : std::nullopt);
+    }
+}
+
+TEST(CodeConv, AsciiRunsAroundJapaneseAtEveryOffset) {
+    const struct {
+        eCodeType code;
+        std::string kanji;  // 漢
+    } cases[] = {{eShiftJIS, Hex("8a bf")},
+                 {eEucJP, Hex("b4 c1")},
+                 {eIso2022JP, Hex("1b 24 42 34 41 1b 28 42")}};
+    for (const auto& c : cases) {
+        for (std::size_t before = 0; before < 40; before += 3) {
+            const std::string ascii = std::string(before, 'a') + "<b/>\x7f";
+            const std::string bytes = ascii + c.kanji + ascii + c.kanji + ascii;
+            const std::string wide = Wide(std::u16string(ascii.begin(), ascii.end()) + u"漢" +
+                                          std::u16string(ascii.begin(), ascii.end()) + u"漢" +
+                                          std::u16string(ascii.begin(), ascii.end()));
+            EXPECT_EQ(Convert(bytes, c.code, eUtf16LE), wide) << c.code << " " << before;
+            EXPECT_EQ(Convert(wide, eUtf16LE, c.code), bytes) << c.code << " " << before;
+            // One byte too few for the result fails instead of writing past the buffer.
+            int size = static_cast<int>(wide.size()) - 1;
+            std::string out(static_cast<std::size_t>(size), '\0');
+            EXPECT_FALSE(ConvertTo(bytes.data(), static_cast<int>(bytes.size()), c.code, out.data(),
+                                   &size, eUtf16LE));
+            size = static_cast<int>(bytes.size()) - 1;
+            EXPECT_FALSE(ConvertTo(wide.data(), static_cast<int>(wide.size()), eUtf16LE, out.data(),
+                                   &size, c.code));
+        }
+    }
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 //   --growth  inputs of one kind at several sizes: how vx's time grows with its diagnostics
 // A child started as "parsers_bench --once CONTENDER INPUT.xml" parses once and prints its
 // resident memory before the parse and its peak, in kB.
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -19,6 +18,7 @@
 #include <vector>
 
 #include "Contenders.h"
+#include "Timing.h"
 
 namespace {
 
@@ -26,6 +26,7 @@ using bench::Contender;
 using bench::Contenders;
 using bench::Input;
 using bench::Outcome;
+using bench::ThreadSeconds;
 
 // ---- one parse in a child process ----
 
@@ -65,14 +66,6 @@ struct Measure {
     Outcome outcome;
     std::optional<Memory> memory;
 };
-
-// Seconds of processor time of this thread, user and system: on a shared machine it leaves out
-// what the scheduler gave to other processes, which wall time would count.
-double ThreadSeconds() {
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + now.tv_nsec / 1e9;
-}
 
 Measure Time(const Contender& contender, const Input& input, int runs) {
     Measure measure;

@@ -10,23 +10,10 @@ namespace vcc {
 
 namespace detail {
 
-bool Output::PutByte(unsigned char byte) {
-    if (Room() < 1) return false;
-    data[size++] = byte;
-    return true;
-}
-
 bool Output::PutBytes(const void* bytes, std::size_t count) {
     if (Room() < count) return false;
     if (count > 0) std::memcpy(End(), bytes, count);
     size += count;
-    return true;
-}
-
-bool Output::PutUnit(char16_t unit) {
-    if (Room() < 2) return false;
-    StoreUnit(End(), unit);
-    size += 2;
     return true;
 }
 

@@ -13,10 +13,10 @@ struct Output {
 
     std::size_t Room() const { return capacity - size; }
     unsigned char* End() { return data + size; }
-    bool PutByte(unsigned char byte);
+    inline bool PutByte(unsigned char byte);
     bool PutBytes(const void* bytes, std::size_t count);
-    bool PutUnit(char16_t unit);        // one UTF-16LE code unit
-    bool PutCodePoint(char32_t value);  // one or two UTF-16LE code units
+    inline bool PutUnit(char16_t unit);  // one UTF-16LE code unit
+    bool PutCodePoint(char32_t value);   // one or two UTF-16LE code units
 };
 
 inline char16_t LoadUnit(const unsigned char* p) {
@@ -26,6 +26,20 @@ inline char16_t LoadUnit(const unsigned char* p) {
 inline void StoreUnit(unsigned char* p, char16_t unit) {
     p[0] = static_cast<unsigned char>(unit);
     p[1] = static_cast<unsigned char>(unit >> 8);
+}
+
+// Inline: the decoders call these once per character.
+inline bool Output::PutByte(unsigned char byte) {
+    if (Room() < 1) return false;
+    data[size++] = byte;
+    return true;
+}
+
+inline bool Output::PutUnit(char16_t unit) {
+    if (Room() < 2) return false;
+    StoreUnit(End(), unit);
+    size += 2;
+    return true;
 }
 
 using Converter = bool (*)(const unsigned char* src, std::size_t length, Output& out);

@@ -118,21 +118,57 @@ const std::vector<Code>& EucJpCodes() {
     return codes;
 }
 
-bool PutCode(Code code, Output& out) {
-    const unsigned char low = static_cast<unsigned char>(code);
-    const unsigned high = code >> 8;
-    if (high == 0) return out.PutByte(low);
-    const unsigned char pair[2] = {static_cast<unsigned char>(high), low};
-    if (high >= 0x80) return out.PutBytes(pair, 2);
-    const unsigned char triple[3] = {kSs3, static_cast<unsigned char>(high | 0x80), low};
-    return out.PutBytes(triple, 3);
+// Decodes the characters from src[i] up to the next ASCII byte. The hot loop keeps its state in
+// locals: a store through the byte pointer could otherwise change any of it.
+bool DecodeRun(const Charset& charset, const unsigned char* src, std::size_t length,
+               std::size_t& next, Output& out) {
+    const Charset tables = charset;
+    unsigned char* to = out.End();
+    const unsigned char* const limit = out.data + out.capacity;
+    std::size_t i = next;
+    bool ok = true;
+    while (i < length && src[i] >= 0x80) {
+        char16_t unit;
+        if (limit - to < 2 || !tables.Read(src, length, i, unit)) {
+            ok = false;
+            break;
+        }
+        StoreUnit(to, unit);
+        to += 2;
+    }
+    next = i;
+    out.size = static_cast<std::size_t>(to - out.data);
+    return ok;
+}
+
+// Encodes the units from src[i] up to the next ASCII one.
+bool EncodeRun(const Code* codes, const unsigned char* src, std::size_t length, std::size_t& next,
+               Output& out) {
+    unsigned char* to = out.End();
+    const unsigned char* const limit = out.data + out.capacity;
+    std::size_t i = next;
+    bool ok = true;
+    for (char16_t unit; i < length && (unit = LoadUnit(src + i)) >= 0x80; i += 2) {
+        const Code code = codes[unit];
+        const unsigned char low = static_cast<unsigned char>(code);
+        const unsigned high = code >> 8;
+        const std::ptrdiff_t size = high == 0 ? 1 : high >= 0x80 ? 2 : 3;
+        if (code == 0 || limit - to < size) {
+            ok = false;
+            break;
+        }
+        if (size == 3) *to++ = kSs3;
+        if (size >= 2) *to++ = static_cast<unsigned char>(high | 0x80);
+        *to++ = low;
+    }
+    next = i;
+    out.size = static_cast<std::size_t>(to - out.data);
+    return ok;
 }
 
 bool Decode(const Charset& charset, const unsigned char* src, std::size_t length, Output& out) {
     for (std::size_t i = 0; i < length;) {
-        if (!WidenAscii(src, length, i, out)) return false;
-        char16_t unit;
-        if (i < length && (!charset.Read(src, length, i, unit) || !out.PutUnit(unit))) {
+        if (!WidenAscii(src, length, i, out) || !DecodeRun(charset, src, length, i, out)) {
             return false;
         }
     }
@@ -142,11 +178,9 @@ bool Decode(const Charset& charset, const unsigned char* src, std::size_t length
 bool Encode(const std::vector<Code>& codes, const unsigned char* src, std::size_t length,
             Output& out) {
     for (std::size_t i = 0; i < length;) {
-        if (!NarrowAscii(src, length, i, out)) return false;
-        if (i == length) break;
-        const Code code = codes[LoadUnit(src + i)];
-        if (code == 0 || !PutCode(code, out)) return false;
-        i += 2;
+        if (!NarrowAscii(src, length, i, out) || !EncodeRun(codes.data(), src, length, i, out)) {
+            return false;
+        }
     }
     return true;
 }

@@ -33,17 +33,23 @@ bool WidenAscii(const unsigned char* src, std::size_t length, std::size_t& i, Ou
 
 bool NarrowAscii(const unsigned char* src, std::size_t length, std::size_t& i, Output& out) {
 #if defined(__SSE2__)
-    // Sixteen units at a time, packed to bytes once none of them has a bit above the seventh.
+    // Sixteen units at a time, packed to bytes; a block that holds a non-ASCII unit is packed
+    // whole but only its ASCII head is kept.
     const __m128i nonAscii = _mm_set1_epi16(static_cast<short>(0xFF80));
     const __m128i zero = _mm_setzero_si128();
+    auto isAscii = [&](__m128i units) {
+        return _mm_cmpeq_epi16(_mm_and_si128(units, nonAscii), zero);
+    };
     while (length - i >= 32 && out.Room() >= 16) {
         const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i));
         const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + i + 16));
-        const __m128i bits = _mm_and_si128(_mm_or_si128(low, high), nonAscii);
-        if (_mm_movemask_epi8(_mm_cmpeq_epi16(bits, zero)) != 0xFFFF) break;
         _mm_storeu_si128(reinterpret_cast<__m128i*>(out.End()), _mm_packus_epi16(low, high));
-        i += 32;
-        out.size += 16;
+        const unsigned other =
+            ~static_cast<unsigned>(_mm_movemask_epi8(_mm_packs_epi16(isAscii(low), isAscii(high))));
+        const std::size_t ascii = static_cast<std::size_t>(__builtin_ctz(other | 0x10000));
+        i += 2 * ascii;
+        out.size += ascii;
+        if (ascii < 16) return true;
     }
 #endif
     for (; length - i >= 2 && LoadUnit(src + i) < 0x80; i += 2) {

@@ -136,11 +136,11 @@ int Run(int argc, char** argv) {
     std::printf("MB/s of the encoded bytes, median of %d runs; ÷ is iconv's time over vx's:\n\n",
                 runs);
     std::puts(
-        "| encoding    |   MB | vx decode | iconv decode |     ÷ | vx encode | iconv encode |     "
-        "÷ |");
+        "| encoding    |   MB | vx decode | iconv decode |     ÷ "
+        "| vx encode | iconv encode |     ÷ |");
     std::puts(
-        "| :---------- | ---: | --------: | -----------: | ----: | --------: | -----------: | "
-        "----: |");
+        "| :---------- | ---: | --------: | -----------: | ----: "
+        "| --------: | -----------: | ----: |");
     for (const Encoding& encoding : kEncodings)
         PrintRow(encoding, wide, runs);
     PrintParseForFile(path, bytes, runs);

@@ -24,13 +24,13 @@ void LogFailure(const char* unit, int line, const char* function, const char* fo
 
 // Logs "unit(line): function: <tid> : >> START" on entry and "... << END" on exit.
 class AutoFuncNameLogger {
-  public:
+public:
     AutoFuncNameLogger(const char* unit, int line, const char* function);
     ~AutoFuncNameLogger();
     AutoFuncNameLogger(const AutoFuncNameLogger&) = delete;
     AutoFuncNameLogger& operator=(const AutoFuncNameLogger&) = delete;
 
-  private:
+private:
     const char* m_unit;
     int m_line;
     const char* m_function;

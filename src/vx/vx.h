@@ -10,6 +10,7 @@
 #include "vx/dom/XmlElement.h"
 #include "vx/dom/XmlListContainer.h"
 #include "vx/dom/Xsd.h"
+#include "vx/output/SaveEncodings.h"
 #include "vx/parse/DeclarationSteps.h"
 #include "vx/parse/Expressions.h"
 #include "vx/parse/Matching.h"

@@ -1,6 +1,7 @@
 #pragma once
 // Diagnostics as the tool prints them, and the check command.
 #include <cstdio>
+#include <string>
 
 #include "Document.h"
 #include "Options.h"
@@ -8,9 +9,12 @@
 
 namespace vxml {
 
-// Writes one line per diagnostic of the document, in list order; true when there were none.
-bool ReportDiagnostics(std::FILE* stream, const LoadedDocument& loaded, Format format,
-                       Language language);
+// One line per diagnostic of the document, in list order, in options.format, each followed
+// by its hint line in the text format; empty when there were none.
+std::string FormatDiagnostics(const LoadedDocument& loaded, const Options& options);
+
+// Writes FormatDiagnostics to stream; true when there were no diagnostics.
+bool ReportDiagnostics(std::FILE* stream, const LoadedDocument& loaded, const Options& options);
 
 int RunCheck(const Options& options);
 

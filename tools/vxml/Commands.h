@@ -7,5 +7,6 @@ namespace vxml {
 int RunPrint(const Options& options);
 int RunTree(const Options& options);
 int RunSave(const Options& options);
+int RunConvert(const Options& options);
 
 }  // namespace vxml

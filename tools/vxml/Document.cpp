@@ -1,5 +1,6 @@
 #include "Document.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -17,49 +18,36 @@ std::runtime_error SystemError(const std::string& what) {
     return std::runtime_error(what + ": " + std::strerror(errno));
 }
 
-void CopyAll(int from, int to) {
+void CopyAll(int from, int to, const char* what) {
     char block[65536];
     for (;;) {
         const ssize_t got = ::read(from, block, sizeof block);
         if (got == 0) return;
         if (got < 0) {
             if (errno == EINTR) continue;
-            throw SystemError("cannot read standard input");
+            throw SystemError(std::string("cannot read ") + what);
         }
         for (ssize_t done = 0; done < got;) {
             const ssize_t put = ::write(to, block + done, got - done);
-            if (put < 0 && errno != EINTR) throw SystemError("cannot write a temporary file");
+            if (put < 0 && errno != EINTR) throw SystemError(std::string("cannot write ") + what);
             if (put > 0) done += put;
         }
     }
 }
 
-// Standard input saved as a file for as long as the object lives.
-class StdinCopy {
-  public:
-    StdinCopy() {
-        const char* dir = std::getenv("TMPDIR");
-        m_path = std::string(dir && *dir ? dir : "/tmp") + "/vxml-stdin-XXXXXX";
-        const int fd = ::mkstemp(m_path.data());
-        if (fd < 0) throw SystemError("cannot create a temporary file");
-        try {
-            CopyAll(STDIN_FILENO, fd);
-        } catch (...) {
-            ::close(fd);
-            ::unlink(m_path.c_str());
-            throw;
-        }
+std::shared_ptr<const TemporaryFile> CopyStandardInput() {
+    auto copy = std::make_shared<const TemporaryFile>();
+    const int fd = ::open(copy->Path().c_str(), O_WRONLY);
+    if (fd < 0) throw SystemError("cannot open a temporary file");
+    try {
+        CopyAll(STDIN_FILENO, fd, "standard input");
+    } catch (...) {
         ::close(fd);
+        throw;
     }
-    ~StdinCopy() { ::unlink(m_path.c_str()); }
-    StdinCopy(const StdinCopy&) = delete;
-    StdinCopy& operator=(const StdinCopy&) = delete;
-
-    const std::string& Path() const { return m_path; }
-
-  private:
-    std::string m_path;
-};
+    ::close(fd);
+    return copy;
+}
 
 std::unique_ptr<vx::CXmlDocument> Parse(const std::string& path) {
     return std::unique_ptr<vx::CXmlDocument>(vx::CParse::ParseForFile(ToVelStr(path)));
@@ -67,10 +55,35 @@ std::unique_ptr<vx::CXmlDocument> Parse(const std::string& path) {
 
 }  // namespace
 
+TemporaryFile::TemporaryFile() {
+    const char* dir = std::getenv("TMPDIR");
+    m_path = std::string(dir && *dir ? dir : "/tmp") + "/vxml-XXXXXX";
+    const int fd = ::mkstemp(m_path.data());
+    if (fd < 0) throw SystemError("cannot create a temporary file");
+    ::close(fd);
+}
+
+TemporaryFile::~TemporaryFile() {
+    ::unlink(m_path.c_str());
+}
+
+void CopyToStandardOutput(const std::string& path) {
+    const int fd = ::open(path.c_str(), O_RDONLY);
+    if (fd < 0) throw SystemError("cannot open " + path);
+    std::fflush(stdout);
+    try {
+        CopyAll(fd, STDOUT_FILENO, "standard output");
+    } catch (...) {
+        ::close(fd);
+        throw;
+    }
+    ::close(fd);
+}
+
 LoadedDocument LoadDocument(const std::string& file) {
-    if (file != "-") return {file, Parse(file)};
-    const StdinCopy copy;
-    return {"<stdin>", Parse(copy.Path())};
+    if (file != "-") return {file, file, Parse(file), nullptr};
+    auto copy = CopyStandardInput();
+    return {"<stdin>", copy->Path(), Parse(copy->Path()), copy};
 }
 
 bool HasTree(const vx::CXmlDocument& document) {
@@ -83,7 +96,7 @@ void UseLineFeeds(vx::CXmlDocument& document) {
 
 int ShowDocument(const Options& options, const std::function<void(vx::CXmlDocument&)>& show) {
     const LoadedDocument loaded = LoadDocument(options.files.front());
-    const bool clean = ReportDiagnostics(stderr, loaded, Format::kText, options.language);
+    const bool clean = ReportDiagnostics(stderr, loaded, options);
     if (HasTree(*loaded.document)) show(*loaded.document);
     return clean ? 0 : 1;
 }

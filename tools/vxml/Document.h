@@ -9,13 +9,34 @@
 
 namespace vxml {
 
+class TemporaryFile;
+
 struct LoadedDocument {
     std::string shownPath;  // how diagnostics name the file
+    std::string path;       // the file parsed
     std::unique_ptr<vx::CXmlDocument> document;
+    std::shared_ptr<const TemporaryFile> stdinCopy;  // keeps path while the document is used
 };
 
 // "-" reads standard input into a temporary file first, since the library parses files.
 LoadedDocument LoadDocument(const std::string& file);
+
+// An empty file in TMPDIR (or /tmp), removed with the object.
+class TemporaryFile {
+  public:
+    TemporaryFile();
+    ~TemporaryFile();
+    TemporaryFile(const TemporaryFile&) = delete;
+    TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+    const std::string& Path() const { return m_path; }
+
+  private:
+    std::string m_path;
+};
+
+// Writes the file's bytes to standard output; throws std::runtime_error on failure.
+void CopyToStandardOutput(const std::string& path);
 
 // Nothing was matched, so there is no element to show or write.
 bool HasTree(const vx::CXmlDocument& document);

@@ -1,6 +1,7 @@
 #include "Options.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <initializer_list>
 #include <string_view>
 
@@ -17,6 +18,7 @@ constexpr CommandName kCommands[] = {
     {"print", Command::kPrint},
     {"tree", Command::kTree},
     {"save", Command::kSave},
+    {"convert", Command::kConvert},
 };
 
 Command FindCommand(std::string_view name) {
@@ -47,18 +49,54 @@ struct ValueOption {
     void (*apply)(Options&, const std::string&);
 };
 
+int ParseJobs(const std::string& value) {
+    char* end = nullptr;
+    const long jobs = std::strtol(value.c_str(), &end, 10);
+    if (value.empty() || *end != '\0' || jobs < 1 || jobs > 256) {
+        throw UsageError("--jobs takes a number from 1 to 256, not '" + value + "'");
+    }
+    return static_cast<int>(jobs);
+}
+
+constexpr std::initializer_list<Command> kAllCommands = {
+    Command::kCheck, Command::kPrint, Command::kTree, Command::kSave, Command::kConvert};
+constexpr std::initializer_list<Command> kWriters = {Command::kSave, Command::kConvert};
+
 const ValueOption kValueOptions[] = {
-    {"--lang",
-     "",
-     {Command::kCheck, Command::kPrint, Command::kTree, Command::kSave},
+    {"--lang", "", kAllCommands,
      [](Options& o, const std::string& v) { o.language = ParseLanguage(v); }},
     {"--format",
      "",
      {Command::kCheck},
      [](Options& o, const std::string& v) { o.format = ParseFormat(v); }},
-    {"--encoding", "", {Command::kSave}, [](Options& o, const std::string& v) { o.encoding = v; }},
-    {"--output", "-o", {Command::kSave}, [](Options& o, const std::string& v) { o.output = v; }},
+    {"--jobs",
+     "-j",
+     {Command::kCheck},
+     [](Options& o, const std::string& v) { o.jobs = ParseJobs(v); }},
+    {"--encoding", "", kWriters, [](Options& o, const std::string& v) { o.encoding = v; }},
+    {"--output", "-o", kWriters, [](Options& o, const std::string& v) { o.output = v; }},
 };
+
+// A switch without a value; every one belongs to check.
+struct FlagOption {
+    std::string_view name;
+    std::string_view shortName;
+    bool Options::*flag;
+};
+
+constexpr FlagOption kFlagOptions[] = {
+    {"--no-external", "", &Options::noExternal},
+    {"--quiet", "-q", &Options::quiet},
+    {"--recursive", "-r", &Options::recursive},
+    {"--all", "", &Options::allFiles},
+};
+
+const FlagOption* FindFlagOption(const std::string& argument) {
+    for (const FlagOption& option : kFlagOptions) {
+        if (argument == option.name || argument == option.shortName) return &option;
+    }
+    return nullptr;
+}
 
 std::string_view NameOf(Command command) {
     for (const CommandName& entry : kCommands) {
@@ -114,38 +152,50 @@ void ReadCommandArguments(ArgumentReader& reader, Options& options) {
             optionsEnded = true;
         } else if (argument == "--help" || argument == "-h") {
             options.help = true;
-        } else if (argument == "--no-external") {
+        } else if (const FlagOption* flag = FindFlagOption(argument)) {
             if (options.command != Command::kCheck) {
                 throw UsageError(std::string(NameOf(options.command)) + " does not take " +
                                  argument);
             }
-            options.noExternal = true;
+            options.*(flag->flag) = true;
         } else {
             ReadOption(argument, reader, options);
         }
     }
 }
 
-void RequireComplete(const Options& options) {
+// check without a FILE reads standard input, as filters do.
+void RequireComplete(Options& options) {
+    const std::string name(NameOf(options.command));
     const std::size_t count = options.files.size();
-    if (count == 0) throw UsageError("no FILE given");
+    if (count == 0 && options.command == Command::kCheck) options.files.push_back("-");
+    if (options.files.empty()) throw UsageError("no FILE given");
     if (options.command != Command::kCheck && count > 1) {
-        throw UsageError(std::string(NameOf(options.command)) + " takes one FILE, got " +
-                         std::to_string(count));
+        throw UsageError(name + " takes one FILE, got " + std::to_string(count));
     }
-    if (options.command == Command::kSave && !options.encoding) {
-        throw UsageError("save needs --encoding NAME");
-    }
-    if (options.command == Command::kSave && !options.output) {
-        throw UsageError("save needs -o OUT");
-    }
+    const bool writes = options.command == Command::kSave || options.command == Command::kConvert;
+    if (writes && !options.encoding) throw UsageError(name + " needs --encoding NAME");
+    if (writes && !options.output) throw UsageError(name + " needs -o OUT");
+}
+
+bool IsJapanese(const char* locale) {
+    return std::string_view(locale).substr(0, 2) == "ja";
 }
 
 }  // namespace
 
+Language LocaleLanguage() {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        const char* value = std::getenv(name);
+        if (value && *value) return IsJapanese(value) ? Language::kJapanese : Language::kEnglish;
+    }
+    return Language::kEnglish;
+}
+
 Options ParseArguments(int argc, const char* const* argv) {
     ArgumentReader reader(argc, argv);
     Options options;
+    options.language = LocaleLanguage();
     if (reader.AtEnd()) throw UsageError("no command given");
     const std::string first = reader.Next();
     if (first == "--help" || first == "-h") {

@@ -7,7 +7,7 @@
 
 namespace vxml {
 
-enum class Command { kNone, kCheck, kPrint, kTree, kSave };
+enum class Command { kNone, kCheck, kPrint, kTree, kSave, kConvert };
 enum class Language { kJapanese, kEnglish };
 enum class Format { kText, kNative, kJson };
 
@@ -18,6 +18,10 @@ struct Options {
     Language language = Language::kJapanese;
     Format format = Format::kText;
     bool noExternal = false;  // check: open no file that a document names
+    bool quiet = false;       // check: only the exit status
+    bool recursive = false;   // check: folders are walked for files ending in .xml
+    bool allFiles = false;    // check -r: every file of a folder, whatever its name
+    int jobs = 0;             // check: files checked at once; 0 for one per processor
     std::vector<std::string> files;
     std::optional<std::string> encoding;
     std::optional<std::string> output;
@@ -28,6 +32,9 @@ class UsageError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
+
+// Japanese when the locale's messages are (LC_ALL, else LC_MESSAGES, else LANG), else English.
+Language LocaleLanguage();
 
 // Throws UsageError. With help or version set, the files and required options are not
 // checked, so "vxml save --help" works on its own.

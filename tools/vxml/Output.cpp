@@ -3,8 +3,11 @@
 namespace vxml {
 
 std::string ToUtf8(const vx::CVelStrW& text) {
-    const vx::CVelStr utf8(text);
-    return std::string(utf8.c_str(), utf8.GetLength());
+    return ToString(vx::CVelStr(text));
+}
+
+std::string ToString(const vx::CVelStr& text) {
+    return std::string(text.c_str(), text.GetLength());
 }
 
 vx::CVelStr ToVelStr(const std::string& text) {

@@ -9,6 +9,7 @@
 namespace vxml {
 
 std::string ToUtf8(const vx::CVelStrW& text);
+std::string ToString(const vx::CVelStr& text);
 vx::CVelStr ToVelStr(const std::string& text);
 
 // A JSON string literal, quotes included; text is UTF-8 and passes through unchanged apart

@@ -1,4 +1,3 @@
-#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -15,16 +14,19 @@
 namespace vxml {
 namespace {
 
-// The encodings SaveToFile writes: a name qualifies when it begins with one of these, in any
-// case. The library only answers true or false, so the tool keeps the list to say why.
-constexpr const char* kSavableEncodings[] = {"Shift_jis", "EUC-JP", "ISO-2022-JP",
-                                             "ISO-10646-UCS-2", "ISO-10646-UCS-4"};
+// SaveToFile cuts its output at the first zero byte, which the UCS forms have in their first
+// character.
+bool LosesText(const vx::SSaveEncoding& encoding) {
+    return encoding.code == vcc::eUtf16LE || encoding.code == vcc::eUcs4LE;
+}
 
-bool IsSavable(const std::string& encoding) {
-    for (const char* name : kSavableEncodings) {
-        if (::strncasecmp(encoding.c_str(), name, std::strlen(name)) == 0) return true;
+std::string SavableNames() {
+    std::string names;
+    for (const vx::SSaveEncoding& encoding : vx::kSaveEncodings) {
+        if (LosesText(encoding)) continue;
+        names += (names.empty() ? "" : ", ") + ToUtf8(encoding.name);
     }
-    return false;
+    return names;
 }
 
 // Why path cannot be written, or empty when nothing stands in the way.
@@ -39,12 +41,24 @@ std::string WriteProblem(const std::string& path) {
     return ::access(folder.c_str(), W_OK | X_OK) == 0 ? "" : std::strerror(errno);
 }
 
-std::string WhyNotSaved(const std::string& encoding, const std::string& path) {
-    if (!IsSavable(encoding)) {
-        return "unsupported encoding '" + encoding +
-               "' (vx saves Shift_JIS, EUC-JP, ISO-2022-JP, ISO-10646-UCS-2, ISO-10646-UCS-4)";
+// Empty when the encoding is one save writes.
+std::string EncodingProblem(const std::string& name) {
+    const vx::SSaveEncoding* encoding = vx::FindSaveEncoding(vx::CVelStrW(ToVelStr(name)));
+    if (!encoding) {
+        return "unsupported encoding '" + name + "' (vx saves " + SavableNames() +
+               "; 'vxml convert' also writes UTF-8, UTF-16LE and UCS-4LE)";
     }
-    const std::string problem = WriteProblem(path);
+    if (LosesText(*encoding)) {
+        return "vx saves " + ToUtf8(encoding->name) +
+               " only up to the first zero byte, which would lose the document; use 'vxml "
+               "convert --encoding " +
+               (encoding->code == vcc::eUtf16LE ? "UTF-16LE" : "UCS-4LE") + "' instead";
+    }
+    return "";
+}
+
+std::string WhyNotSaved(const std::string& encoding, const std::string& path) {
+    const std::string problem = path == "-" ? "" : WriteProblem(path);
     if (!problem.empty()) return "cannot write: " + problem;
     return "the text cannot be converted to " + encoding;
 }
@@ -53,19 +67,33 @@ void ReportNotSaved(const std::string& path, const std::string& reason) {
     Write(stderr, "vxml: " + path + " not saved: " + reason + "\n");
 }
 
+// "-" is standard output: the library writes files, so it saves to a temporary one first.
+bool SaveTo(const vx::CXmlDocument& document, const std::string& out) {
+    if (out != "-") return document.SaveToFile(ToVelStr(out));
+    const TemporaryFile file;
+    if (!document.SaveToFile(ToVelStr(file.Path()))) return false;
+    CopyToStandardOutput(file.Path());
+    return true;
+}
+
 }  // namespace
 
 int RunSave(const Options& options) {
-    const LoadedDocument loaded = LoadDocument(options.files.front());
     const std::string& out = *options.output;
-    if (!ReportDiagnostics(stderr, loaded, Format::kText, options.language)) {
+    const std::string encodingProblem = EncodingProblem(*options.encoding);
+    if (!encodingProblem.empty()) {
+        ReportNotSaved(out, encodingProblem);
+        return 1;
+    }
+    const LoadedDocument loaded = LoadDocument(options.files.front());
+    if (!ReportDiagnostics(stderr, loaded, options)) {
         ReportNotSaved(out, "the document has diagnostics");
         return 1;
     }
     vx::CXmlDocument& document = *loaded.document;
     document.SetEncoding(vx::CVelStrW(ToVelStr(*options.encoding)));
     UseLineFeeds(document);
-    if (document.SaveToFile(ToVelStr(out))) return 0;
+    if (SaveTo(document, out)) return 0;
     ReportNotSaved(out, WhyNotSaved(*options.encoding, out));
     return 1;
 }

@@ -96,6 +96,8 @@ class CParseError {
 
     // The code's message; an unknown code gives the "unexpected error" text with its number.
     CVelStrW GetErrMsg() const;
+    // The code's meaning in English (UTF-8), for hosts whose users do not read Japanese.
+    CVelStr GetEnglishErrMsg() const;
     eErrLevel GetErrLevel() const;
     // The display text: the bare message without a position, "message(source)" for a
     // position of (-1,-1) (file errors, source = path), else "(line,column):message".

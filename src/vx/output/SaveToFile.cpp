@@ -3,35 +3,19 @@
 #include <vector>
 
 #include "vx/dom/XmlDocument.h"
+#include "vx/output/SaveEncodings.h"
 #include "vx/platform/CodeConv.h"
 #include "vx/platform/File.h"
 
 namespace vx {
 
-namespace {
-
-// The encoding named by a declaration value. Case is ignored and the value need only begin
-// with the name. UTF-8 and everything else is not saved.
-bool FindOutputCode(const CVelStrW& encoding, vcc::eCodeType* code) {
-    static constexpr struct {
-        const char16_t* name;
-        vcc::eCodeType code;
-    } kNames[] = {
-        {u"Shift_jis", vcc::eShiftJIS},     {u"EUC-JP", vcc::eEucJP},
-        {u"ISO-2022-JP", vcc::eIso2022JP},  {u"ISO-10646-UCS-2", vcc::eUtf16LE},
-        {u"ISO-10646-UCS-4", vcc::eUcs4LE},
-    };
-    for (const auto& entry : kNames) {
+const SSaveEncoding* FindSaveEncoding(const CVelStrW& encoding) {
+    for (const SSaveEncoding& entry : kSaveEncodings) {
         const CVelStrW name(entry.name);
-        if (encoding.Strnicmp(name, name.GetLength()) == 0) {
-            *code = entry.code;
-            return true;
-        }
+        if (encoding.Strnicmp(name, name.GetLength()) == 0) return &entry;
     }
-    return false;
+    return nullptr;
 }
-
-}  // namespace
 
 bool CXmlDocument::SaveToFile(const CVelStr& fileName) const {
     const int unitSize = vcc::GetTermCharSize(vcc::eUtf16LE);
@@ -39,8 +23,9 @@ bool CXmlDocument::SaveToFile(const CVelStr& fileName) const {
     GetSource(source);
     const CVelStrW text = source.ToString();
 
-    vcc::eCodeType target;
-    if (!FindOutputCode(m_encoding, &target)) return false;
+    const SSaveEncoding* encoding = FindSaveEncoding(m_encoding);
+    if (!encoding) return false;
+    const vcc::eCodeType target = encoding->code;
     const int sourceBytes = text.GetLength() * unitSize;
     int size = 0;
     if (!vcc::GetBufSizeByByte(&size, sourceBytes, vcc::eUtf16LE, target)) return false;

@@ -39,6 +39,9 @@ class CParse {
     // The file's encoding from its first bytes and, for "<?xm", from the declaration's
     // encoding="..." (exact, upper-cased). False when the file cannot be read far enough.
     static bool CheckCodeType(CVelStr fileName, bool& supported, vcc::eCodeType& code);
+    // A file's text as wide text, decoded as ParseForFile and external entities decode it
+    // (line ends as written), or the code of the step that failed.
+    static CParseError::eError LoadWideText(const CVelStr& fileName, CVelStrW& text);
 
     // The document production over the source; the position after the last text matched.
     int Interpreter();
@@ -109,8 +112,6 @@ class CParse {
         return vel::Guarded("Parse", line, function, std::forward<Body>(body));
     }
 
-    // A file's text as wide text, or the code of the step that failed.
-    static CParseError::eError LoadWideText(const CVelStr& fileName, CVelStrW& text);
     // Runs production from 0 over the text of the file that systemLiteral names, as this
     // parser's source; the source is restored afterwards. False unless all of it matched.
     bool RunOnExternalFile(CAbstractExpression& production, const CVelStrW& systemLiteral);

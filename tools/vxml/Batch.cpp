@@ -1,0 +1,332 @@
+// The check command over many files: folders walked, several worker processes, reports in the
+// order of the arguments, a progress line and a summary.
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+
+#include "Check.h"
+#include "Output.h"
+
+namespace vxml {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct FileReport {
+    int status = 0;   // 0 no diagnostics, 1 diagnostics, 2 the library failed
+    std::string out;  // for standard output
+    std::string err;  // for standard error
+};
+
+FileReport CheckFile(const std::string& file, const Options& options) {
+    FileReport report;
+    try {
+        report.out = FormatDiagnostics(LoadDocument(file), options);
+        report.status = report.out.empty() ? 0 : 1;
+    } catch (const std::exception& error) {
+        report.err = "vxml: " + file + ": " + error.what() + "\n";
+        report.status = 2;
+    }
+    if (options.quiet) report.out.clear(), report.err.clear();
+    return report;
+}
+
+void AddFolder(const fs::path& folder, const Options& options, std::vector<std::string>& files) {
+    std::vector<std::string> found;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(
+             folder, fs::directory_options::skip_permission_denied)) {
+        if (!entry.is_regular_file()) continue;
+        if (options.allFiles || entry.path().extension() == ".xml") {
+            found.push_back(entry.path().string());
+        }
+    }
+    std::sort(found.begin(), found.end());
+    files.insert(files.end(), found.begin(), found.end());
+}
+
+// Named files are checked whatever their names; folders only with -r.
+std::vector<std::string> ListFiles(const Options& options) {
+    std::vector<std::string> files;
+    for (const std::string& file : options.files) {
+        std::error_code ignored;
+        if (options.recursive && file != "-" && fs::is_directory(file, ignored)) {
+            AddFolder(file, options, files);
+        } else {
+            files.push_back(file);
+        }
+    }
+    return files;
+}
+
+using ReportSink = std::function<void(std::size_t index, FileReport report)>;
+
+// ---- worker processes ----
+
+void WriteAll(int fd, const void* data, std::size_t size) {
+    const char* bytes = static_cast<const char*>(data);
+    while (size > 0) {
+        const ssize_t put = ::write(fd, bytes, size);
+        if (put < 0 && errno == EINTR) continue;
+        if (put <= 0) throw std::runtime_error("a worker's pipe broke");
+        bytes += put;
+        size -= static_cast<std::size_t>(put);
+    }
+}
+
+bool ReadAll(int fd, void* data, std::size_t size) {
+    char* bytes = static_cast<char*>(data);
+    while (size > 0) {
+        const ssize_t got = ::read(fd, bytes, size);
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) return false;
+        bytes += got;
+        size -= static_cast<std::size_t>(got);
+    }
+    return true;
+}
+
+struct ReportHeader {
+    std::uint32_t index;
+    std::int32_t status;
+    std::uint32_t outSize;
+    std::uint32_t errSize;
+};
+
+// A worker reads file indexes until its task pipe closes and answers each with a report.
+[[noreturn]] void ServeTasks(int tasks, int results, const std::vector<std::string>& files,
+                             const Options& options) {
+    std::uint32_t index = 0;
+    while (ReadAll(tasks, &index, sizeof index)) {
+        const FileReport report = CheckFile(files[index], options);
+        const ReportHeader header{index, report.status,
+                                  static_cast<std::uint32_t>(report.out.size()),
+                                  static_cast<std::uint32_t>(report.err.size())};
+        std::string message(reinterpret_cast<const char*>(&header), sizeof header);
+        WriteAll(results, (message + report.out + report.err).data(),
+                 message.size() + report.out.size() + report.err.size());
+    }
+    ::_exit(0);
+}
+
+class WorkerPool {
+  public:
+    WorkerPool(const std::vector<std::string>& files, const Options& options, int count) {
+        std::fflush(nullptr);  // nothing buffered may be written twice
+        for (int i = 0; i < count; ++i) Start(files, options);
+        if (m_workers.empty()) throw std::runtime_error("cannot start a worker process");
+    }
+    ~WorkerPool() {
+        for (Worker& worker : m_workers) {
+            if (worker.tasks >= 0) ::close(worker.tasks);
+            ::close(worker.results);
+            ::waitpid(worker.pid, nullptr, 0);
+        }
+    }
+    WorkerPool(const WorkerPool&) = delete;
+    WorkerPool& operator=(const WorkerPool&) = delete;
+
+    // Two tasks in flight per worker keep it busy while its last report is read.
+    void Run(std::size_t count, const ReportSink& sink) {
+        m_count = count;
+        for (Worker& worker : m_workers) {
+            for (int i = 0; i < 2; ++i) Assign(worker);
+        }
+        for (std::size_t done = 0; done < count;) done += Collect(sink);
+    }
+
+  private:
+    struct Worker {
+        pid_t pid;
+        int tasks;
+        int results;
+        int inFlight = 0;
+    };
+
+    void Start(const std::vector<std::string>& files, const Options& options) {
+        int tasks[2], results[2];
+        if (::pipe(tasks) != 0) return;
+        if (::pipe(results) != 0) {
+            ::close(tasks[0]), ::close(tasks[1]);
+            return;
+        }
+        const pid_t pid = ::fork();
+        if (pid == 0) {
+            ::close(tasks[1]), ::close(results[0]);
+            for (const Worker& other : m_workers) ::close(other.tasks), ::close(other.results);
+            ServeTasks(tasks[0], results[1], files, options);
+        }
+        ::close(tasks[0]), ::close(results[1]);
+        if (pid < 0) {
+            ::close(tasks[1]), ::close(results[0]);
+            return;
+        }
+        m_workers.push_back({pid, tasks[1], results[0]});
+    }
+
+    void Assign(Worker& worker) {
+        if (m_next == m_count) {
+            if (worker.tasks >= 0) ::close(worker.tasks);
+            worker.tasks = -1;
+            return;
+        }
+        const auto index = static_cast<std::uint32_t>(m_next++);
+        WriteAll(worker.tasks, &index, sizeof index);
+        ++worker.inFlight;
+    }
+
+    std::size_t Collect(const ReportSink& sink) {
+        std::vector<pollfd> polled;
+        for (const Worker& worker : m_workers) polled.push_back({worker.results, POLLIN, 0});
+        if (::poll(polled.data(), polled.size(), -1) < 0 && errno != EINTR) {
+            throw std::runtime_error(std::string("poll: ") + std::strerror(errno));
+        }
+        std::size_t collected = 0;
+        for (std::size_t i = 0; i < polled.size(); ++i) {
+            if (polled[i].revents == 0) continue;
+            Worker& worker = m_workers[i];
+            if (worker.inFlight == 0) throw std::runtime_error("a worker process ended early");
+            auto [index, report] = ReadReport(worker);
+            sink(index, std::move(report));
+            --worker.inFlight;
+            Assign(worker);
+            ++collected;
+        }
+        return collected;
+    }
+
+    std::pair<std::size_t, FileReport> ReadReport(const Worker& worker) {
+        ReportHeader header{};
+        FileReport report;
+        if (!ReadAll(worker.results, &header, sizeof header)) {
+            throw std::runtime_error("a worker process ended early");
+        }
+        report.status = header.status;
+        report.out.resize(header.outSize);
+        report.err.resize(header.errSize);
+        if (!ReadAll(worker.results, report.out.data(), header.outSize) ||
+            !ReadAll(worker.results, report.err.data(), header.errSize)) {
+            throw std::runtime_error("a worker process ended early");
+        }
+        return {header.index, std::move(report)};
+    }
+
+    std::vector<Worker> m_workers;
+    std::size_t m_count = 0;
+    std::size_t m_next = 0;
+};
+
+// ---- what the user sees ----
+
+using Clock = std::chrono::steady_clock;
+
+double SecondsSince(Clock::time_point start) {
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+// Prints reports in file order as they become available; on a terminal, a progress line
+// stands under them while more than a second of work seems left.
+class Reporter {
+  public:
+    Reporter(std::size_t total, bool quiet)
+        : m_reports(total), m_showProgress(!quiet && ::isatty(STDERR_FILENO)) {}
+
+    void Add(std::size_t index, FileReport report) {
+        m_reports[index] = std::move(report);
+        ++m_received;
+        ClearProgress();
+        for (; m_printed < m_reports.size() && m_reports[m_printed]; ++m_printed) {
+            Print(*m_reports[m_printed]);
+            m_reports[m_printed].reset();
+        }
+        ShowProgress();
+    }
+
+    int Finish(bool quiet) {
+        ClearProgress();
+        if (!quiet && m_reports.size() > 1) {
+            Write(stderr, "vxml: " + std::to_string(m_reports.size()) + " files checked, " +
+                              std::to_string(m_withDiagnostics) + " with diagnostics" +
+                              (m_failed ? ", " + std::to_string(m_failed) + " failed" : "") +
+                              ", " + FormatSeconds(SecondsSince(m_start)) + "\n");
+        }
+        return m_failed ? 2 : m_withDiagnostics ? 1 : 0;
+    }
+
+  private:
+    static std::string FormatSeconds(double seconds) {
+        char text[32];
+        std::snprintf(text, sizeof text, "%.2f s", seconds);
+        return text;
+    }
+
+    void Print(const FileReport& report) {
+        Write(stdout, report.out);
+        if (!report.err.empty()) std::fflush(stdout), Write(stderr, report.err);
+        m_withDiagnostics += report.status == 1;
+        m_failed += report.status == 2;
+    }
+
+    void ShowProgress() {
+        if (!m_showProgress || m_received == m_reports.size()) return;
+        const double elapsed = SecondsSince(m_start);
+        const double left = elapsed / m_received * (m_reports.size() - m_received);
+        if (left <= 1.0 || elapsed - m_lastDrawn < 0.1) return;
+        std::fflush(stdout);
+        Write(stderr, "\r" + std::to_string(m_received) + "/" +
+                          std::to_string(m_reports.size()) + " files, " +
+                          std::to_string(m_withDiagnostics) + " with diagnostics, about " +
+                          std::to_string(static_cast<int>(left + 0.5)) + " s left");
+        m_lastDrawn = elapsed;
+        m_drawn = true;
+    }
+
+    void ClearProgress() {
+        if (m_drawn) Write(stderr, "\r\x1b[K");
+        m_drawn = false;
+    }
+
+    std::vector<std::optional<FileReport>> m_reports;
+    std::size_t m_received = 0;
+    std::size_t m_printed = 0;
+    int m_withDiagnostics = 0;
+    int m_failed = 0;
+    bool m_showProgress;
+    bool m_drawn = false;
+    double m_lastDrawn = -1;
+    Clock::time_point m_start = Clock::now();
+};
+
+int JobCount(const Options& options, std::size_t files) {
+    const long processors = ::sysconf(_SC_NPROCESSORS_ONLN);
+    const long jobs = options.jobs > 0 ? options.jobs : std::max(1L, processors);
+    return static_cast<int>(std::min<long>(jobs, static_cast<long>(files)));
+}
+
+}  // namespace
+
+int RunCheck(const Options& options) {
+    if (options.noExternal) vx::SetExternalLoading(false);
+    const std::vector<std::string> files = ListFiles(options);
+    Reporter reporter(files.size(), options.quiet);
+    const ReportSink sink = [&](std::size_t index, FileReport report) {
+        reporter.Add(index, std::move(report));
+    };
+    const int jobs = JobCount(options, files.size());
+    if (jobs <= 1) {
+        for (std::size_t i = 0; i < files.size(); ++i) sink(i, CheckFile(files[i], options));
+    } else {
+        WorkerPool(files, options, jobs).Run(files.size(), sink);
+    }
+    return reporter.Finish(options.quiet);
+}
+
+}  // namespace vxml

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -54,8 +55,10 @@ class VxmlTest : public ::testing::Test {
 
     std::string Path(const std::string& name) const { return (m_dir / name).string(); }
 
-    // Runs vxml with args in the test's directory; input becomes its standard input.
-    Result Run(const std::vector<std::string>& args, const std::string& input = "") const {
+    // Runs vxml with args in the test's directory; input becomes its standard input. The
+    // locale is Japanese unless locale names other variables ("LANG=en_US.UTF-8", ...).
+    Result Run(const std::vector<std::string>& args, const std::string& input = "",
+               std::vector<std::string> locale = {"LC_ALL=ja_JP.UTF-8"}) const {
         const fs::path in = m_dir / "stdin", out = m_dir / "stdout", err = m_dir / "stderr";
         WriteFile(in, input);
         posix_spawn_file_actions_t actions;
@@ -73,7 +76,15 @@ class VxmlTest : public ::testing::Test {
         pointers.push_back(nullptr);
         Result result;
         pid_t pid = 0;
-        if (posix_spawn(&pid, VXML_PATH, &actions, nullptr, pointers.data(), environ) == 0) {
+        std::vector<char*> env;
+        for (char** var = environ; *var; ++var) {
+            const std::string name(*var, std::strcspn(*var, "="));
+            if (name != "LC_ALL" && name != "LC_MESSAGES" && name != "LANG") env.push_back(*var);
+        }
+        for (std::string& var : locale)
+            env.push_back(var.data());
+        env.push_back(nullptr);
+        if (posix_spawn(&pid, VXML_PATH, &actions, nullptr, pointers.data(), env.data()) == 0) {
             int wait = 0;
             waitpid(pid, &wait, 0);
             result.status = WIFEXITED(wait) ? WEXITSTATUS(wait) : -1;
@@ -116,13 +127,21 @@ TEST_F(VxmlTest, CheckTextFormat) {
     EXPECT_TRUE(Matches(text.out,
                         "<stdin>:<n>:<n>: error 29: The start-tag name and the end-tag name "
                         "differ.\n<lines><stdin>: fatal 7: Parsing stopped part-way.\n" +
-                            missing + ": fatal 2: Opening the file failed. (" + missing + ")\n"))
+                            missing + ": fatal 2: Opening the file failed. (" + missing +
+                            ")\n  hint: No such file or directory\n"))
         << text.out;
+    EXPECT_TRUE(Matches(text.err, "vxml: 3 files checked, 2 with diagnostics, <n>.<n> s\n"));
 
-    // No declaration, so no encoding can be detected: a diagnostic without position or source.
+    // No declaration, so no encoding can be detected: the hint says what vx needs instead.
     WriteFile(m_dir / "plain.xml", "<a/>");
-    EXPECT_EQ(Run({"check", Path("plain.xml")}).out,
-              Path("plain.xml") + ": fatal 3: 文字コードの判別に失敗しました。\n");
+    EXPECT_EQ(
+        Run({"check", Path("plain.xml")})
+            .out.rfind(
+                Path("plain.xml") +
+                    ": fatal 3: 文字コードの判別に失敗しました。\n  hint: the file has no XML "
+                    "declaration; vx reads UTF-16LE and UCS-4LE from the first bytes",
+                0),
+        0u);
 }
 
 TEST_F(VxmlTest, CheckNativeAndJsonFormats) {
@@ -141,11 +160,12 @@ TEST_F(VxmlTest, CheckNativeAndJsonFormats) {
     EXPECT_EQ(json.status, 1);
     const std::string failed = R"(,"level":"fatal","line":null,"column":null,"message":")";
     EXPECT_TRUE(Matches(
-        json.out,
-        R"({"file":")" + quoted + R"(","code":29,"level":"error","line":<n>,"column":<n>,)" +
-            R"("message":")" + kMismatchMessage + "\"}\n<lines>" + R"({"file":")" + quoted +
-            R"(","code":7)" + failed + kStoppedMessage + "\"}\n" + R"({"file":")" +
-            Path("missing.xml") + R"(","code":2)" + failed + kOpenFailedMessage + "\"}\n"))
+        json.out, R"({"file":")" + quoted +
+                      R"(","code":29,"level":"error","line":<n>,"column":<n>,)" + R"("message":")" +
+                      kMismatchMessage + "\"}\n<lines>" + R"({"file":")" + quoted +
+                      R"(","code":7)" + failed + kStoppedMessage + "\"}\n" + R"({"file":")" +
+                      Path("missing.xml") + R"(","code":2)" + failed + kOpenFailedMessage +
+                      R"(","hint":"No such file or directory"})" + "\n"))
         << json.out;
 }
 
@@ -153,7 +173,7 @@ TEST_F(VxmlTest, PrintWritesUtf8WithDiagnosticsOnStderr) {
     const auto result = Run({"print", Sample("japanese-sjis.xml")});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.err, "");
-    EXPECT_EQ(result.out.rfind("<?xml version=\"1.0\" encoding=\"Shift_JIS\"?>\n<蔵書", 0), 0);
+    EXPECT_EQ(result.out.rfind("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<蔵書", 0), 0);
     EXPECT_NE(result.out.find("<題名>吾輩は猫である</題名>\n"), std::string::npos);
     EXPECT_EQ(result.out.find('\r'), std::string::npos);
 
@@ -241,9 +261,10 @@ TEST_F(VxmlTest, HelpVersionAndUsageErrors) {
 
     // Each misuse as its words.
     for (const std::string misuse :
-         {"", "validate a.xml", "check", "check --format xml a.xml", "check --lang",
+         {"", "validate a.xml", "check -j 0 a.xml", "check --format xml a.xml", "check --lang",
           "check --colour a.xml", "print --format json a.xml", "print --no-external a.xml",
-          "tree a.xml b.xml", "save a.xml -o b.xml", "save a.xml --encoding EUC-JP"}) {
+          "tree a.xml b.xml", "save a.xml -o b.xml", "save a.xml --encoding EUC-JP",
+          "print -q a.xml", "convert a.xml --encoding UTF-7 -o b.xml", "convert a.xml -o b.xml"}) {
         std::istringstream words(misuse);
         const std::vector<std::string> args{std::istream_iterator<std::string>(words), {}};
         const auto result = Run(args);
@@ -263,6 +284,155 @@ TEST_F(VxmlTest, LibraryExceptionExitsWithTwo) {
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.out, "");
     EXPECT_TRUE(std::regex_match(result.err, std::regex("vxml: [^\n]+\n"))) << result.err;
+}
+
+}  // namespace
+
+namespace {
+
+// A UTF-8 document with what print and save leave out: CR LF line ends, a DOCTYPE with an
+// internal subset, comments outside the root, an unexpanded reference.
+const std::string kFullDocument =
+    "<?xml version=\"1.0\" encoding=\"utf-8\" standalone='yes'?>\r\n<!-- 前 -->\r\n"
+    "<!DOCTYPE r [<!ENTITY e \"値\">]>\r\n<r a=\"&e;\">～漢字&e;</r>\r\n<!-- 後 -->";
+
+// ASCII text as UTF-16LE with a byte-order mark.
+std::string Utf16(const std::string& ascii) {
+    std::string bytes = "\xFF\xFE";
+    for (const char ch : ascii)
+        bytes += std::string{ch, '\0'};
+    return bytes;
+}
+
+TEST_F(VxmlTest, ConvertKeepsEverythingButTheLabel) {
+    WriteFile(m_dir / "full.xml", kFullDocument);
+    for (const std::string encoding :
+         {"Shift_JIS", "ms932", "EUC-JP", "ISO-2022-JP", "UTF-16LE", "UCS-4LE", "UTF-8"}) {
+        const auto there =
+            Run({"convert", Path("full.xml"), "--encoding", encoding, "-o", Path("there.xml")});
+        EXPECT_EQ(there.status, 0) << encoding << there.err;
+        EXPECT_EQ(Run({"check", Path("there.xml")}).status, 0) << encoding;
+        const auto back = Run({"convert", Path("there.xml"), "--encoding", "utf-8", "-o", "-"});
+        std::string expected = kFullDocument;
+        expected.replace(expected.find("utf-8"), 5, "UTF-8");
+        EXPECT_EQ(back.out, expected) << encoding;
+    }
+    Run({"convert", Path("full.xml"), "--encoding", "UTF-16LE", "-o", Path("u16.xml")});
+    EXPECT_EQ(ReadFile(m_dir / "u16.xml").substr(0, 4), std::string("\xFF\xFE<\0", 4));
+    EXPECT_NE(ReadFile(m_dir / "u16.xml")
+                  .find(std::string("U\0T\0F\0-\0"
+                                    "1\0"
+                                    "6\0\"",
+                                    13)),
+              std::string::npos);
+
+    // A declaration without an encoding gets one; positions after it move with it.
+    WriteFile(m_dir / "bare.xml", Utf16("<?xml version=\"1.0\"?><a></b>"));
+    const auto added = Run({"convert", Path("bare.xml"), "--encoding", "EUC-JP", "-o", "-"});
+    EXPECT_EQ(added.status, 0) << added.err;
+    EXPECT_EQ(added.out, "<?xml version=\"1.0\" encoding=\"EUC-JP\"?><a></b>");
+}
+
+TEST_F(VxmlTest, ConvertWritesNothingItCannotKeep) {
+    WriteFile(m_dir / "out.xml", "old");
+    WriteFile(m_dir / "circled.xml", kDecl + "<a>\nx①</a>");
+    const auto lost =
+        Run({"convert", Path("circled.xml"), "--encoding", "ISO-2022-JP", "-o", Path("out.xml")});
+    EXPECT_EQ(lost.status, 1);
+    EXPECT_EQ(lost.err, "vxml: " + Path("out.xml") +
+                            " not written: U+2460 at line 3, column 2 cannot be written in "
+                            "ISO-2022-JP\n");
+    EXPECT_EQ(ReadFile(m_dir / "out.xml"), "old");
+
+    // vx reads UTF-8 only by the declaration, which this file does not have.
+    WriteFile(m_dir / "nodecl.xml", Utf16("<a/>"));
+    const auto noDecl =
+        Run({"convert", Path("nodecl.xml"), "--encoding", "UTF-8", "-o", Path("out.xml")});
+    EXPECT_EQ(noDecl.status, 1);
+    EXPECT_NE(noDecl.err.find("not written: the document has no XML declaration"),
+              std::string::npos);
+    // UCS-4LE is read from a '<' in the first bytes, which a leading blank hides.
+    WriteFile(m_dir / "blank.xml", Utf16(" <?xml version=\"1.0\"?><a/>"));
+    EXPECT_NE(Run({"convert", Path("blank.xml"), "--encoding", "UCS-4LE", "-o", Path("out.xml")})
+                  .err.find("not written: vx would not read the converted file"),
+              std::string::npos);
+    EXPECT_EQ(ReadFile(m_dir / "out.xml"), "old");
+}
+
+TEST_F(VxmlTest, SaveRefusesTheUcsFormsAndWritesStandardOutput) {
+    const std::string sjis = Sample("japanese-sjis.xml");
+    const auto ucs = Run({"save", sjis, "--encoding", "ISO-10646-UCS-2", "-o", Path("u.xml")});
+    EXPECT_EQ(ucs.status, 1);
+    EXPECT_NE(ucs.err.find("use 'vxml convert --encoding UTF-16LE' instead"), std::string::npos);
+    EXPECT_FALSE(fs::exists(m_dir / "u.xml"));
+    const auto out = Run({"save", sjis, "--encoding", "EUC-JP", "-o", "-"});
+    EXPECT_EQ(out.status, 0);
+    EXPECT_EQ(out.out + "\n", ReadFile(Sample("japanese-eucjp.xml")));
+    EXPECT_EQ(Run({"--help"}).out.find("UCS-2"), std::string::npos);
+    EXPECT_EQ(Run({"--help"}).out.find("Windows-932"), std::string::npos);
+}
+
+// External text is placed in its own file; a missing one is named with the system's reason.
+TEST_F(VxmlTest, CheckNamesExternalFilesAndHints) {
+    WriteFile(m_dir / "doc.xml", kDecl + "<!DOCTYPE a SYSTEM \"bad.dtd\">\n<a/>\n");
+    WriteFile(m_dir / "bad.dtd", kDecl + "<!ELEMENT a (#PCDATA>\n");
+    WriteFile(m_dir / "gone.xml", kDecl + "<!DOCTYPE a SYSTEM \"none.dtd\">\n<a/>\n");
+    WriteFile(m_dir / "blanks.xml", "<?xml version=\"1.0\" encoding = \"UTF-8\"?><a/>");
+    const auto result =
+        Run({"check", "--lang", "en", Path("doc.xml"), Path("gone.xml"), Path("blanks.xml")});
+    EXPECT_TRUE(Matches(
+        result.out, Path("bad.dtd") +
+                        ":2:<n>: error 15: An unexpected character appeared. (external text "
+                        "read for " +
+                        Path("doc.xml") + ")\n<lines>" + Path("gone.xml") +
+                        ": fatal 2: Opening the file failed. (external file " + Path("none.dtd") +
+                        ")\n  hint: " + Path("none.dtd") + ": No such file or directory\n<lines>" +
+                        Path("blanks.xml") +
+                        ": fatal 3: Detecting the character encoding failed.\n  hint: "
+                        "the declaration has blanks around '=' after encoding; <lines>"))
+        << result.out;
+}
+
+TEST_F(VxmlTest, LanguageFollowsTheLocale) {
+    const std::string japanese = Path("bad.xml") + ": fatal 7: " + kStoppedMessage + "\n";
+    const std::string english = Path("bad.xml") + ": fatal 7: Parsing stopped part-way.\n";
+    auto last = [&](const std::vector<std::string>& args, std::vector<std::string> locale) {
+        const std::string out = Run(args, "", std::move(locale)).out;
+        return out.substr(out.rfind(Path("bad.xml") + ": "));
+    };
+    const std::vector<std::string> check{"check", Path("bad.xml")};
+    EXPECT_EQ(last(check, {}), english);
+    EXPECT_EQ(last(check, {"LANG=ja_JP.UTF-8"}), japanese);
+    EXPECT_EQ(last(check, {"LANG=ja_JP.UTF-8", "LC_MESSAGES=C"}), english);
+    EXPECT_EQ(last(check, {"LANG=C", "LC_MESSAGES=ja_JP.eucJP"}), japanese);
+    EXPECT_EQ(last(check, {"LC_ALL=en_GB.UTF-8", "LC_MESSAGES=ja_JP.UTF-8"}), english);
+    EXPECT_EQ(last({"check", "--lang", "ja", Path("bad.xml")}, {"LANG=C"}), japanese);
+}
+
+TEST_F(VxmlTest, CheckWalksFoldersInOrderWithWorkers) {
+    fs::create_directories(m_dir / "tree/sub");
+    for (const std::string name : {"tree/b.xml", "tree/sub/a.xml", "tree/z.xml"})
+        WriteFile(m_dir / name, ReadFile(m_dir / "bad.xml"));
+    WriteFile(m_dir / "tree/notes.txt", "<a/>");
+    WriteFile(m_dir / "tree/ok.xml", ReadFile(m_dir / "good.xml"));
+    const auto one = Run({"check", "-r", "-j", "1", Path("tree"), "-"}, "<a/>");
+    const auto two = Run({"check", "--recursive", "--jobs=2", Path("tree"), "-"}, "<a/>");
+    EXPECT_EQ(one.status, 1);
+    EXPECT_EQ(two.out, one.out);
+    EXPECT_TRUE(Matches(one.err, "vxml: 5 files checked, 4 with diagnostics, <n>.<n> s\n"));
+    EXPECT_LT(one.out.find(Path("tree/b.xml")), one.out.find(Path("tree/sub/a.xml")));
+    EXPECT_LT(one.out.find(Path("tree/sub/a.xml")), one.out.find(Path("tree/z.xml")));
+    EXPECT_LT(one.out.find(Path("tree/z.xml")), one.out.find("<stdin>"));
+    EXPECT_EQ(one.out.find("notes.txt"), std::string::npos);
+    EXPECT_NE(Run({"check", "-r", "--all", Path("tree")}).out.find("notes.txt"), std::string::npos);
+
+    const auto quiet = Run({"check", "-q", "-r", Path("tree")});
+    EXPECT_EQ(quiet.status, 1);
+    EXPECT_EQ(quiet.out + quiet.err, "");
+    EXPECT_EQ(Run({"check", "-q", Path("good.xml")}).status, 0);
+    // Without FILE, standard input.
+    EXPECT_TRUE(Matches(Run({"check"}, ReadFile(m_dir / "bad.xml")).out,
+                        "<lines><stdin>: fatal 7: " + kStoppedMessage + "\n"));
 }
 
 }  // namespace

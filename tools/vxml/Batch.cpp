@@ -42,8 +42,8 @@ FileReport CheckFile(const std::string& file, const Options& options) {
 
 void AddFolder(const fs::path& folder, const Options& options, std::vector<std::string>& files) {
     std::vector<std::string> found;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(
-             folder, fs::directory_options::skip_permission_denied)) {
+    for (const fs::directory_entry& entry :
+         fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied)) {
         if (!entry.is_regular_file()) continue;
         if (options.allFiles || entry.path().extension() == ".xml") {
             found.push_back(entry.path().string());
@@ -121,7 +121,8 @@ class WorkerPool {
   public:
     WorkerPool(const std::vector<std::string>& files, const Options& options, int count) {
         std::fflush(nullptr);  // nothing buffered may be written twice
-        for (int i = 0; i < count; ++i) Start(files, options);
+        for (int i = 0; i < count; ++i)
+            Start(files, options);
         if (m_workers.empty()) throw std::runtime_error("cannot start a worker process");
     }
     ~WorkerPool() {
@@ -138,9 +139,11 @@ class WorkerPool {
     void Run(std::size_t count, const ReportSink& sink) {
         m_count = count;
         for (Worker& worker : m_workers) {
-            for (int i = 0; i < 2; ++i) Assign(worker);
+            for (int i = 0; i < 2; ++i)
+                Assign(worker);
         }
-        for (std::size_t done = 0; done < count;) done += Collect(sink);
+        for (std::size_t done = 0; done < count;)
+            done += Collect(sink);
     }
 
   private:
@@ -161,7 +164,8 @@ class WorkerPool {
         const pid_t pid = ::fork();
         if (pid == 0) {
             ::close(tasks[1]), ::close(results[0]);
-            for (const Worker& other : m_workers) ::close(other.tasks), ::close(other.results);
+            for (const Worker& other : m_workers)
+                ::close(other.tasks), ::close(other.results);
             ServeTasks(tasks[0], results[1], files, options);
         }
         ::close(tasks[0]), ::close(results[1]);
@@ -184,8 +188,11 @@ class WorkerPool {
     }
 
     std::size_t Collect(const ReportSink& sink) {
+        // A worker with nothing in flight has been told to stop; its pipe only closes.
         std::vector<pollfd> polled;
-        for (const Worker& worker : m_workers) polled.push_back({worker.results, POLLIN, 0});
+        for (const Worker& worker : m_workers) {
+            polled.push_back({worker.inFlight > 0 ? worker.results : -1, POLLIN, 0});
+        }
         if (::poll(polled.data(), polled.size(), -1) < 0 && errno != EINTR) {
             throw std::runtime_error(std::string("poll: ") + std::strerror(errno));
         }
@@ -193,7 +200,6 @@ class WorkerPool {
         for (std::size_t i = 0; i < polled.size(); ++i) {
             if (polled[i].revents == 0) continue;
             Worker& worker = m_workers[i];
-            if (worker.inFlight == 0) throw std::runtime_error("a worker process ended early");
             auto [index, report] = ReadReport(worker);
             sink(index, std::move(report));
             --worker.inFlight;
@@ -252,11 +258,12 @@ class Reporter {
 
     int Finish(bool quiet) {
         ClearProgress();
+        std::fflush(stdout);
         if (!quiet && m_reports.size() > 1) {
             Write(stderr, "vxml: " + std::to_string(m_reports.size()) + " files checked, " +
                               std::to_string(m_withDiagnostics) + " with diagnostics" +
-                              (m_failed ? ", " + std::to_string(m_failed) + " failed" : "") +
-                              ", " + FormatSeconds(SecondsSince(m_start)) + "\n");
+                              (m_failed ? ", " + std::to_string(m_failed) + " failed" : "") + ", " +
+                              FormatSeconds(SecondsSince(m_start)) + "\n");
         }
         return m_failed ? 2 : m_withDiagnostics ? 1 : 0;
     }
@@ -281,9 +288,9 @@ class Reporter {
         const double left = elapsed / m_received * (m_reports.size() - m_received);
         if (left <= 1.0 || elapsed - m_lastDrawn < 0.1) return;
         std::fflush(stdout);
-        Write(stderr, "\r" + std::to_string(m_received) + "/" +
-                          std::to_string(m_reports.size()) + " files, " +
-                          std::to_string(m_withDiagnostics) + " with diagnostics, about " +
+        Write(stderr, "\r" + std::to_string(m_received) + "/" + std::to_string(m_reports.size()) +
+                          " files, " + std::to_string(m_withDiagnostics) +
+                          " with diagnostics, about " +
                           std::to_string(static_cast<int>(left + 0.5)) + " s left");
         m_lastDrawn = elapsed;
         m_drawn = true;
@@ -322,7 +329,8 @@ int RunCheck(const Options& options) {
     };
     const int jobs = JobCount(options, files.size());
     if (jobs <= 1) {
-        for (std::size_t i = 0; i < files.size(); ++i) sink(i, CheckFile(files[i], options));
+        for (std::size_t i = 0; i < files.size(); ++i)
+            sink(i, CheckFile(files[i], options));
     } else {
         WorkerPool(files, options, jobs).Run(files.size(), sink);
     }

@@ -78,8 +78,8 @@ std::string JsonPosition(const CParseError& error, int value) {
 std::string JsonNote(const DiagnosticNote& note) {
     std::string fields;
     if (note.external) {
-        fields += ",\"external\":" +
-                  (note.externalFile.empty() ? "true" : JsonString(note.externalFile));
+        fields +=
+            ",\"external\":" + (note.externalFile.empty() ? "true" : JsonString(note.externalFile));
     }
     if (!note.hint.empty()) fields += ",\"hint\":" + JsonString(note.hint);
     return fields;

@@ -43,9 +43,10 @@ const Target& FindTarget(const std::string& name) {
     for (const Target& target : kTargets) {
         if (::strcasecmp(name.c_str(), target.name) == 0) return target;
     }
-    throw UsageError("convert writes UTF-8, UTF-16LE, UCS-4LE, Shift_JIS, MS932, EUC-JP or "
-                     "ISO-2022-JP, not '" +
-                     name + "'");
+    throw UsageError(
+        "convert writes UTF-8, UTF-16LE, UCS-4LE, Shift_JIS, MS932, EUC-JP or "
+        "ISO-2022-JP, not '" +
+        name + "'");
 }
 
 // Why nothing was written.
@@ -61,7 +62,8 @@ bool IsBlank(char16_t ch) {
 }
 
 int SkipBlanks(const CVelStrW& text, int pos, int end) {
-    while (pos < end && IsBlank(text[pos])) ++pos;
+    while (pos < end && IsBlank(text[pos]))
+        ++pos;
     return pos;
 }
 
@@ -146,9 +148,8 @@ std::string ConvertText(const CVelStrW& text, vcc::eCodeType code) {
                 pair ? 0x10000 + ((one[0] - 0xD800) << 10) + (one[1] - 0xDC00) : one[0];
             char name[16];
             std::snprintf(name, sizeof name, "U+%04X", static_cast<unsigned>(point));
-            throw NotWritten(std::string(name) + " at line " + std::to_string(line) +
-                             ", column " + std::to_string(column) + " cannot be written in " +
-                             target.name);
+            throw NotWritten(std::string(name) + " at line " + std::to_string(line) + ", column " +
+                             std::to_string(column) + " cannot be written in " + target.name);
         }
         if (text[i] == u'\n') line += 1, column = 0;
         i += pair;
@@ -227,8 +228,9 @@ CVelStrW DocumentText(const vx::CXmlDocument& document) {
 
 // Parses bytes as the file at documentPath would be parsed, so that external subsets and
 // entities resolve as they do for the original.
-void CheckReadBack(const std::string& bytes, const CVelStrW& written, const std::string& documentPath,
-                   const Reading& original, const PositionMap& map) {
+void CheckReadBack(const std::string& bytes, const CVelStrW& written,
+                   const std::string& documentPath, const Reading& original,
+                   const PositionMap& map) {
     const TemporaryFile file;
     if (std::FILE* out = std::fopen(file.Path().c_str(), "wb")) {
         Write(out, bytes);

@@ -43,8 +43,8 @@ std::string DeclarationBytes(const std::string& path) {
         bytes.append(block, static_cast<std::size_t>(got));
     }
     ::close(fd);
-    return bytes.substr(0, bytes.find('>') == std::string::npos ? bytes.size()
-                                                                 : bytes.find('>') + 1);
+    return bytes.substr(0,
+                        bytes.find('>') == std::string::npos ? bytes.size() : bytes.find('>') + 1);
 }
 
 std::string StartProblem(const std::string& bytes) {

@@ -14,11 +14,8 @@ struct CommandName {
 };
 
 constexpr CommandName kCommands[] = {
-    {"check", Command::kCheck},
-    {"print", Command::kPrint},
-    {"tree", Command::kTree},
-    {"save", Command::kSave},
-    {"convert", Command::kConvert},
+    {"check", Command::kCheck}, {"print", Command::kPrint},     {"tree", Command::kTree},
+    {"save", Command::kSave},   {"convert", Command::kConvert},
 };
 
 Command FindCommand(std::string_view name) {

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <deque>
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -101,18 +102,30 @@ struct ReportHeader {
     std::uint32_t errSize;
 };
 
-// A worker reads file indexes until its task pipe closes and answers each with a report.
+// A task: count files from first on.
+struct Task {
+    std::uint32_t first;
+    std::uint32_t count;
+};
+
+void AppendReport(std::string& message, std::uint32_t index, const FileReport& report) {
+    const ReportHeader header{index, report.status, static_cast<std::uint32_t>(report.out.size()),
+                              static_cast<std::uint32_t>(report.err.size())};
+    message.append(reinterpret_cast<const char*>(&header), sizeof header);
+    message += report.out + report.err;
+}
+
+// A worker reads tasks until its task pipe closes and answers each with one report per file,
+// in a single write.
 [[noreturn]] void ServeTasks(int tasks, int results, const std::vector<std::string>& files,
                              const Options& options) {
-    std::uint32_t index = 0;
-    while (ReadAll(tasks, &index, sizeof index)) {
-        const FileReport report = CheckFile(files[index], options);
-        const ReportHeader header{index, report.status,
-                                  static_cast<std::uint32_t>(report.out.size()),
-                                  static_cast<std::uint32_t>(report.err.size())};
-        std::string message(reinterpret_cast<const char*>(&header), sizeof header);
-        WriteAll(results, (message + report.out + report.err).data(),
-                 message.size() + report.out.size() + report.err.size());
+    Task task{};
+    while (ReadAll(tasks, &task, sizeof task)) {
+        std::string message;
+        for (std::uint32_t index = task.first; index < task.first + task.count; ++index) {
+            AppendReport(message, index, CheckFile(files[index], options));
+        }
+        WriteAll(results, message.data(), message.size());
     }
     ::_exit(0);
 }
@@ -135,7 +148,7 @@ class WorkerPool {
     WorkerPool(const WorkerPool&) = delete;
     WorkerPool& operator=(const WorkerPool&) = delete;
 
-    // Two tasks in flight per worker keep it busy while its last report is read.
+    // Two tasks in flight per worker keep it busy while its last reports are read.
     void Run(std::size_t count, const ReportSink& sink) {
         m_count = count;
         for (Worker& worker : m_workers) {
@@ -151,7 +164,8 @@ class WorkerPool {
         pid_t pid;
         int tasks;
         int results;
-        int inFlight = 0;
+        int inFlight = 0;                  // files
+        std::deque<std::size_t> taskEnds;  // past-last file of each task in flight
     };
 
     void Start(const std::vector<std::string>& files, const Options& options) {
@@ -173,18 +187,24 @@ class WorkerPool {
             ::close(tasks[1]), ::close(results[0]);
             return;
         }
-        m_workers.push_back({pid, tasks[1], results[0]});
+        m_workers.push_back({pid, tasks[1], results[0], 0, {}});
     }
 
+    // Tasks shrink towards the end of the run, so that the workers finish together; while
+    // many files are left they are large, so that the pipes are seldom waited on.
     void Assign(Worker& worker) {
         if (m_next == m_count) {
             if (worker.tasks >= 0) ::close(worker.tasks);
             worker.tasks = -1;
             return;
         }
-        const auto index = static_cast<std::uint32_t>(m_next++);
-        WriteAll(worker.tasks, &index, sizeof index);
-        ++worker.inFlight;
+        const std::size_t share = (m_count - m_next) / (4 * m_workers.size());
+        const Task task{static_cast<std::uint32_t>(m_next),
+                        static_cast<std::uint32_t>(std::clamp<std::size_t>(share, 1, 64))};
+        WriteAll(worker.tasks, &task, sizeof task);
+        m_next += task.count;
+        worker.inFlight += static_cast<int>(task.count);
+        worker.taskEnds.push_back(m_next);
     }
 
     std::size_t Collect(const ReportSink& sink) {
@@ -203,8 +223,11 @@ class WorkerPool {
             auto [index, report] = ReadReport(worker);
             sink(index, std::move(report));
             --worker.inFlight;
-            Assign(worker);
             ++collected;
+            if (index + 1 == worker.taskEnds.front()) {
+                worker.taskEnds.pop_front();
+                Assign(worker);
+            }
         }
         return collected;
     }

@@ -25,27 +25,32 @@ void CopyAll(int from, int to, const char* what) {
         if (got == 0) return;
         if (got < 0) {
             if (errno == EINTR) continue;
-            throw SystemError(std::string("cannot read ") + what);
+            throw SystemError(std::string("cannot copy ") + what);
         }
         for (ssize_t done = 0; done < got;) {
             const ssize_t put = ::write(to, block + done, got - done);
-            if (put < 0 && errno != EINTR) throw SystemError(std::string("cannot write ") + what);
+            if (put < 0 && errno != EINTR) throw SystemError(std::string("cannot copy ") + what);
             if (put > 0) done += put;
         }
     }
 }
 
-std::shared_ptr<const TemporaryFile> CopyStandardInput() {
-    auto copy = std::make_shared<const TemporaryFile>();
-    const int fd = ::open(copy->Path().c_str(), O_WRONLY);
-    if (fd < 0) throw SystemError("cannot open a temporary file");
+// Copies the stream into the file at path, or the file into the stream.
+void CopyWithFile(const std::string& path, bool intoFile, int stream, const char* streamName) {
+    const int fd = ::open(path.c_str(), intoFile ? O_WRONLY : O_RDONLY);
+    if (fd < 0) throw SystemError("cannot open " + path);
     try {
-        CopyAll(STDIN_FILENO, fd, "standard input");
+        intoFile ? CopyAll(stream, fd, streamName) : CopyAll(fd, stream, streamName);
     } catch (...) {
         ::close(fd);
         throw;
     }
     ::close(fd);
+}
+
+std::shared_ptr<const TemporaryFile> CopyStandardInput() {
+    auto copy = std::make_shared<const TemporaryFile>();
+    CopyWithFile(copy->Path(), true, STDIN_FILENO, "standard input");
     return copy;
 }
 
@@ -68,16 +73,8 @@ TemporaryFile::~TemporaryFile() {
 }
 
 void CopyToStandardOutput(const std::string& path) {
-    const int fd = ::open(path.c_str(), O_RDONLY);
-    if (fd < 0) throw SystemError("cannot open " + path);
     std::fflush(stdout);
-    try {
-        CopyAll(fd, STDOUT_FILENO, "standard output");
-    } catch (...) {
-        ::close(fd);
-        throw;
-    }
-    ::close(fd);
+    CopyWithFile(path, false, STDOUT_FILENO, "standard output");
 }
 
 LoadedDocument LoadDocument(const std::string& file) {

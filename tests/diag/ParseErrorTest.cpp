@@ -37,6 +37,21 @@ TEST(ParseError, MessagesMatchTheTableExactly) {
         EXPECT_FALSE(Message(code).empty()) << code;
 }
 
+// The English column is for hosts; GetErrMsg stays Japanese.
+TEST(ParseError, EnglishMessages) {
+    auto english = [](int code) {
+        const vx::CVelStr text = CParseError(Code(code)).GetEnglishErrMsg();
+        return std::string(text.c_str(), text.GetLength());
+    };
+    EXPECT_EQ(english(CParseError::eErrNone), "");
+    EXPECT_EQ(english(CParseError::eErrDuplicateAtt), "An attribute is duplicated.");
+    EXPECT_EQ(english(CParseError::eErrUndefinedEntity),
+              "An entity reference was used without the general entity being defined.");
+    EXPECT_EQ(english(63), "Unexpected error. The error number was not found. (63)");
+    for (int code = 1; code <= 62; ++code)
+        EXPECT_FALSE(english(code).empty()) << code;
+}
+
 TEST(ParseError, LevelOfEveryCode) {
     std::u16string expected(63, u'E');
     for (int code : {1, 2, 3, 4, 6, 7, 8, 9, 26, 27, 28, 30, 61})

@@ -271,7 +271,7 @@ class Reporter {
     void Add(std::size_t index, FileReport report) {
         m_reports[index] = std::move(report);
         ++m_received;
-        ClearProgress();
+        if (index == m_printed) ClearProgress();
         for (; m_printed < m_reports.size() && m_reports[m_printed]; ++m_printed) {
             Print(*m_reports[m_printed]);
             m_reports[m_printed].reset();
@@ -311,9 +311,9 @@ class Reporter {
         const double left = elapsed / m_received * (m_reports.size() - m_received);
         if (left <= 1.0 || elapsed - m_lastDrawn < 0.1) return;
         std::fflush(stdout);
-        Write(stderr, "\r" + std::to_string(m_received) + "/" + std::to_string(m_reports.size()) +
-                          " files, " + std::to_string(m_withDiagnostics) +
-                          " with diagnostics, about " +
+        Write(stderr, "\r\x1b[K" + std::to_string(m_received) + "/" +
+                          std::to_string(m_reports.size()) + " files, " +
+                          std::to_string(m_withDiagnostics) + " with diagnostics, about " +
                           std::to_string(static_cast<int>(left + 0.5)) + " s left");
         m_lastDrawn = elapsed;
         m_drawn = true;

@@ -29,9 +29,9 @@ constexpr const char* kToolHelp =
     "locale's are (LC_ALL, LC_MESSAGES, LANG), else English; --lang ja|en chooses.\n"
     "Run 'vxml COMMAND --help' for a command's options; 'vxml --version' shows the version.\n"
     "\n"
-    "Exit status: 0 when no document had a diagnostic (and save or convert wrote its\n"
-    "file), 1 when one did or nothing was written, 2 for a usage error or a failure\n"
-    "inside the library.\n";
+    "Exit status: 0 when no document had a diagnostic (and save wrote its file) or\n"
+    "convert wrote its file, 1 when a document had one or nothing was written, 2 for a\n"
+    "usage error or a failure inside the library.\n";
 
 constexpr const char* kCheckHelp =
     "Usage: vxml check [OPTIONS] [FILE...]\n"

@@ -86,17 +86,6 @@ std::string DeclarationProblem(const std::string& declaration) {
     return "the declaration's encoding has no '='";
 }
 
-// A system literal's file as the library resolves it; empty for "http://", never fetched.
-std::string ResolveSystemLiteral(const std::string& literal, const std::string& documentPath) {
-    std::string rest = literal;
-    if (rest.rfind("file:///", 0) == 0) {
-        rest.erase(0, 8);
-    } else if (rest.rfind("http://", 0) == 0) {
-        return "";
-    }
-    return vel::MakeFullPath(rest, vel::ExtractFilePath(documentPath));
-}
-
 // The system literals of a text, in order: SYSTEM "x", and the second literal of PUBLIC.
 std::vector<std::string> SystemLiterals(const std::string& text) {
     std::vector<std::string> literals;
@@ -148,8 +137,13 @@ class ExternalFiles {
   private:
     void Follow(const std::string& text, const std::string& documentPath) {
         for (const std::string& literal : SystemLiterals(text)) {
-            const std::string path = ResolveSystemLiteral(literal, documentPath);
-            if (path.empty() || !m_seen.insert(path).second || m_files.size() > 100) continue;
+            vx::CVelStr resolved;
+            if (!vx::CParse::ResolveSystemLiteral(vx::CVelStrW(ToVelStr(literal)),
+                                                  ToVelStr(documentPath), resolved)) {
+                continue;
+            }
+            const std::string path = ToString(resolved);
+            if (!m_seen.insert(path).second || m_files.size() > 100) continue;
             ExternalFile file{path, CParseError::eErrNone, {}};
             file.failure = vx::CParse::LoadWideText(ToVelStr(path), file.text);
             m_files.push_back(file);

@@ -13,23 +13,6 @@ namespace vx {
 
 namespace {
 
-// The path a system literal names, or false for "http://": network resources are never
-// fetched. Relative paths, "file:///" ones included, are resolved against the directory of
-// the document being parsed, however deep the entity that refers to them.
-bool ResolveSystemLiteral(const CVelStrW& literal, const CVelStr& documentName, CVelStr& path) {
-    const CKeywords& keywords = Keywords();
-    CVelStrW rest = literal;
-    if (literal.MatchAt(0, keywords.fileScheme)) {
-        rest = literal.SubStr(keywords.fileScheme.GetLength());
-    } else if (literal.MatchAt(0, keywords.httpScheme)) {
-        return false;
-    }
-    const std::string full =
-        vel::MakeFullPath(CVelStr(rest).c_str(), vel::ExtractFilePath(documentName.c_str()));
-    path = CVelStr(full.c_str(), static_cast<int>(full.size()));
-    return true;
-}
-
 // Makes text the parser's source for one scope.
 class CSourceSwap {
   public:
@@ -46,6 +29,24 @@ class CSourceSwap {
 };
 
 }  // namespace
+
+// The path a system literal names, or false for "http://": network resources are never
+// fetched. Relative paths, "file:///" ones included, are resolved against the directory of
+// the document being parsed, however deep the entity that refers to them.
+bool CParse::ResolveSystemLiteral(const CVelStrW& literal, const CVelStr& documentName,
+                                  CVelStr& path) {
+    const CKeywords& keywords = Keywords();
+    CVelStrW rest = literal;
+    if (literal.MatchAt(0, keywords.fileScheme)) {
+        rest = literal.SubStr(keywords.fileScheme.GetLength());
+    } else if (literal.MatchAt(0, keywords.httpScheme)) {
+        return false;
+    }
+    const std::string full =
+        vel::MakeFullPath(CVelStr(rest).c_str(), vel::ExtractFilePath(documentName.c_str()));
+    path = CVelStr(full.c_str(), static_cast<int>(full.size()));
+    return true;
+}
 
 // Line ends of the external text are left as they are; positions of its diagnostics refer to
 // it, not to the document.

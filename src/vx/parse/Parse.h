@@ -42,6 +42,10 @@ class CParse {
     // A file's text as wide text, decoded as ParseForFile and external entities decode it
     // (line ends as written), or the code of the step that failed.
     static CParseError::eError LoadWideText(const CVelStr& fileName, CVelStrW& text);
+    // The path of the file a system literal names, for the document documentName; false for
+    // "http://", whose resources are never fetched.
+    static bool ResolveSystemLiteral(const CVelStrW& literal, const CVelStr& documentName,
+                                     CVelStr& path);
 
     // The document production over the source; the position after the last text matched.
     int Interpreter();

@@ -149,6 +149,8 @@ void ReadCommandArguments(ArgumentReader& reader, Options& options) {
             optionsEnded = true;
         } else if (argument == "--help" || argument == "-h") {
             options.help = true;
+        } else if (argument == "--huge") {
+            options.huge = true;
         } else if (const FlagOption* flag = FindFlagOption(argument)) {
             if (options.command != Command::kCheck) {
                 throw UsageError(std::string(NameOf(options.command)) + " does not take " +

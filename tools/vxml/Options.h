@@ -18,6 +18,7 @@ struct Options {
     Language language = Language::kJapanese;
     Format format = Format::kText;
     bool noExternal = false;  // check: open no file that a document names
+    bool huge = false;        // any command: entity references may copy without limit
     bool quiet = false;       // check: only the exit status
     bool recursive = false;   // check: folders are walked for files ending in .xml
     bool allFiles = false;    // check -r: every file of a folder, whatever its name

@@ -27,6 +27,8 @@ constexpr const char* kToolHelp =
     "\n"
     "A FILE or OUT of - is standard input or output. Messages are Japanese when the\n"
     "locale's are (LC_ALL, LC_MESSAGES, LANG), else English; --lang ja|en chooses.\n"
+    "--huge, with any command, lets entity references copy without limit (for trusted\n"
+    "documents; see vx::SetExpansionLimit).\n"
     "Run 'vxml COMMAND --help' for a command's options; 'vxml --version' shows the version.\n"
     "\n"
     "Exit status: 0 when no document had a diagnostic (and save wrote its file) or\n"
@@ -112,6 +114,7 @@ const char* HelpFor(Command command) {
 }
 
 int Dispatch(const Options& options) {
+    if (options.huge) vx::SetExpansionLimit(0);
     switch (options.command) {
         case Command::kCheck:
             return RunCheck(options);

@@ -51,6 +51,18 @@ class CXmlBaseObject : public vel::CPageAllocated {
     CXmlBaseObject* m_parent;
 };
 
+// One level of a walk down a tree (copying, GetSource, GetText, ConvertReturnCode): these
+// recurse, so past GetNestingLimit() levels on the calling thread they throw
+// std::runtime_error("dummy"), as parsing does, instead of exhausting the stack. Destroying a
+// tree never recurses and works at any depth.
+class CTreeLevel {
+  public:
+    CTreeLevel();
+    ~CTreeLevel();
+    CTreeLevel(const CTreeLevel&) = delete;
+    CTreeLevel& operator=(const CTreeLevel&) = delete;
+};
+
 class CXmlTextObject : public CXmlBaseObject {
   public:
     explicit CXmlTextObject(CXmlBaseObject* parent) : CXmlBaseObject(parent) {}

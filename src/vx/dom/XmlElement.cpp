@@ -10,10 +10,19 @@ namespace vx {
 
 CXmlElement::CXmlElement(CXmlBaseObject* parent) : CXmlTextObject(parent), m_children(this) {}
 
+namespace {
+
+CXmlListContainer CopyOneLevelDown(const CXmlListContainer& children) {
+    const CTreeLevel level;
+    return children;
+}
+
+}  // namespace
+
 CXmlElement::CXmlElement(const CXmlElement& other)
     : CXmlTextObject(other),
       m_attributes(other.m_attributes),
-      m_children(other.m_children),
+      m_children(CopyOneLevelDown(other.m_children)),
       m_name(other.m_name) {
     AdoptAttributes();
     m_children.SetParent(this);
@@ -22,6 +31,7 @@ CXmlElement::CXmlElement(const CXmlElement& other)
 // The children go last: other may be one of them and dies with them.
 CXmlElement& CXmlElement::operator=(const CXmlElement& other) {
     if (this == &other) return *this;
+    const CTreeLevel level;
     m_name = other.m_name;
     m_attributes = other.m_attributes;
     AdoptAttributes();
@@ -76,6 +86,7 @@ void CXmlElement::GetAttNameList(CSmallVector<CVelStrW>& names) const {
 }
 
 CVelStrW CXmlElement::GetText() const {
+    const CTreeLevel level;
     CVelStrW text;
     for (int i = 0; i < m_children.GetSize(); ++i) {
         const CXmlBaseObject* child = m_children.GetAt(i);

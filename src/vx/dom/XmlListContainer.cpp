@@ -51,13 +51,15 @@ CXmlListContainer::CXmlListContainer(const CXmlListContainer& other) : CXmlBaseO
 
 CXmlListContainer& CXmlListContainer::operator=(const CXmlListContainer& other) {
     if (this == &other) return *this;
-    // other may live below one of the old children: destroy them only after copying.
+    // other may live below one of the old children: destroy them only after copying. A copy
+    // that fails leaves the old children in place.
     NodeList old;
     old.Swap(m_list);
     try {
         CopyListToList(m_list, other.m_list, this, true);
     } catch (...) {
-        DeleteNodes(old);
+        DeleteNodes(m_list);
+        m_list.Swap(old);
         throw;
     }
     DeleteNodes(old);
@@ -68,10 +70,51 @@ CXmlListContainer::~CXmlListContainer() {
     DeleteNodes(m_list);
 }
 
-void CXmlListContainer::DeleteNodes(NodeList& nodes) noexcept {
-    for (CXmlBaseObject* node : nodes)
-        delete node;
+namespace {
+
+// Chains nodes into a stack through their parent links, which nodes about to be destroyed no
+// longer need: destroying a tree of any depth then takes neither recursion nor memory.
+void PushNodes(CXmlListContainer::NodeList& nodes, CXmlBaseObject*& stack) noexcept {
+    for (CXmlBaseObject* node : nodes) {
+        node->SetParent(stack);
+        stack = node;
+    }
     nodes.Clear();
+}
+
+}  // namespace
+
+void CXmlListContainer::DeleteNodes(NodeList& nodes) noexcept {
+    CXmlBaseObject* stack = nullptr;
+    PushNodes(nodes, stack);
+    DeleteStack(stack);
+}
+
+// Each node's children are moved onto the stack before the node goes, so its own destructor
+// finds them empty.
+void CXmlListContainer::DeleteStack(CXmlBaseObject* stack) noexcept {
+    while (stack) {
+        CXmlBaseObject* node = stack;
+        stack = node->GetParent();
+        switch (node->GetClassType()) {
+            case eXmlElementType:
+                PushNodes(static_cast<CXmlElement*>(node)->GetChildren().m_list, stack);
+                break;
+            case eXmlParsedEntityType:
+                PushNodes(static_cast<CXmlParsedEntity*>(node)->GetContent().m_list, stack);
+                break;
+            case eXmlDocumentType: {
+                auto* document = static_cast<CXmlDocument*>(node);
+                PushNodes(document->GetPrologContent().m_list, stack);
+                PushNodes(document->GetRootElement().GetChildren().m_list, stack);
+                PushNodes(document->GetEpilogContent().m_list, stack);
+                break;
+            }
+            default:
+                break;
+        }
+        delete node;
+    }
 }
 
 CXmlBaseObject* CXmlListContainer::GetAt(int pos) {
@@ -168,8 +211,10 @@ void CXmlListContainer::PushBack(const CXmlListContainer& other) {
 }
 
 void CXmlListContainer::Erase(int pos) {
-    delete m_list[pos];  // the vector's checked access throws before anything is destroyed
+    CXmlBaseObject* erased = m_list[pos];  // the checked access throws before anything changes
     m_list.Erase(pos);
+    erased->SetParent(nullptr);
+    DeleteStack(erased);
 }
 
 void CXmlListContainer::Move(int from, int to) {

@@ -77,6 +77,8 @@ class CXmlListContainer : public CXmlBaseObject {
     template <class Node>
     Node* InsertCopy(const Node& node, int pos);
     static void DeleteNodes(NodeList& nodes) noexcept;
+    // Destroys the nodes chained through their parent links, and all below them.
+    static void DeleteStack(CXmlBaseObject* stack) noexcept;
 
     NodeList m_list;
 };

@@ -24,8 +24,9 @@ void CXmlAttribute::ConvertReturnCode(const CVelStrW& lineEnd) {
     output::ConvertLineEnds(m_value, lineEnd, site);
 }
 
-// Recursive through the children: keep the frame small, trees may be deep.
+// Recursive through the children (as deep as the nesting limit): keep the frame small.
 void CXmlElement::GetSource(CVelStringBuffer<CVelStrW>& out) const {
+    const CTreeLevel level;
     out.Append(u'<');
     out.Append(m_name);
     for (const CXmlAttribute& attribute : m_attributes) {
@@ -44,6 +45,7 @@ void CXmlElement::GetSource(CVelStringBuffer<CVelStrW>& out) const {
 }
 
 void CXmlElement::ConvertReturnCode(const CVelStrW& lineEnd) {
+    const CTreeLevel level;
     for (CXmlAttribute& attribute : m_attributes)
         attribute.ConvertReturnCode(lineEnd);
     m_children.ConvertReturnCode(lineEnd);

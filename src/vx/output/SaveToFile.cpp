@@ -1,11 +1,13 @@
 // Saving a document in the encoding its declaration names.
 #include <algorithm>
+#include <cstdint>
 #include <vector>
 
 #include "vx/dom/XmlDocument.h"
 #include "vx/output/SaveEncodings.h"
 #include "vx/platform/CodeConv.h"
 #include "vx/platform/File.h"
+#include "vx/text/Counts.h"
 
 namespace vx {
 
@@ -26,12 +28,15 @@ bool CXmlDocument::SaveToFile(const CVelStr& fileName) const {
     const SSaveEncoding* encoding = FindSaveEncoding(m_encoding);
     if (!encoding) return false;
     const vcc::eCodeType target = encoding->code;
-    const int sourceBytes = text.GetLength() * unitSize;
+    const std::int64_t sourceBytes = std::int64_t{text.GetLength()} * unitSize;
+    if (sourceBytes > vel::kMaxCount) return false;  // more than the conversion can take
     int size = 0;
-    if (!vcc::GetBufSizeByByte(&size, sourceBytes, vcc::eUtf16LE, target)) return false;
+    if (!vcc::GetBufSizeByByte(&size, static_cast<int>(sourceBytes), vcc::eUtf16LE, target)) {
+        return false;
+    }
     std::vector<char> bytes(static_cast<std::size_t>(size) + 1, '\0');
-    if (!vcc::ConvertTo(reinterpret_cast<const char*>(text.c_str()), sourceBytes, vcc::eUtf16LE,
-                        bytes.data(), &size, target)) {
+    if (!vcc::ConvertTo(reinterpret_cast<const char*>(text.c_str()), static_cast<int>(sourceBytes),
+                        vcc::eUtf16LE, bytes.data(), &size, target)) {
         return false;
     }
     // Everything from the first zero byte goes, for every encoding, the UCS forms included.

@@ -111,28 +111,38 @@ int CParse::MatchDocument() {
 }
 
 void CParse::AddError(CParseError::eError code) {
-    m_errors.PushBack(CParseError(code));
+    RunLogged(__LINE__, "CParse::AddError", [&] { m_errors.PushBack(CParseError(code)); });
 }
 
 void CParse::AddError(CParseError::eError code, int position) {
-    if (!m_lineIndex) m_lineIndex = std::make_unique<CLineIndex>(m_source);
-    int line = 0;
-    int column = 0;
-    m_lineIndex->GetLineAndCol(position, line, column);
-    AddError(code, line, column);
+    RunLogged(__LINE__, "CParse::AddError", [&] {
+        if (!m_lineIndex) m_lineIndex = std::make_unique<CLineIndex>(m_source);
+        int line = 0;
+        int column = 0;
+        m_lineIndex->GetLineAndCol(position, line, column);
+        AddError(code, line, column);
+    });
 }
 
 void CParse::AddError(CParseError::eError code, int line, int column) {
-    m_errors.PushBack(CParseError(code, line, column, m_source));
+    RunLogged(__LINE__, "CParse::AddError",
+              [&] { m_errors.PushBack(CParseError(code, line, column, m_source)); });
+}
+
+CParseErrorList CParse::GetErrList() const {
+    return RunLogged(__LINE__, "CParse::GetErrList", [&] { return m_errors; });
+}
+
+CVelStrW CParse::GetSource() const {
+    return RunLogged(__LINE__, "CParse::GetSource", [&] { return m_source; });
 }
 
 bool CParse::ChargeExpansion(std::int64_t units) {
-    constexpr std::int64_t kFloor = std::int64_t{1} << 24;
     constexpr std::int64_t kCeiling = std::int64_t{1} << 30;
-    const std::int64_t allowance =
-        std::min(kCeiling, std::max(kFloor, 4 * std::int64_t{m_source.GetLength()}));
+    const std::int64_t limit = GetExpansionLimit();
     m_expansion += units;
-    return m_expansion <= allowance;
+    if (limit == 0) return true;
+    return m_expansion <= std::max(limit, std::min(kCeiling, 4 * std::int64_t{m_source.GetLength()}));
 }
 
 void CParse::SetSource(CVelStrW text) {

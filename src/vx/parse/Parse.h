@@ -54,9 +54,9 @@ class CParse {
     // position is an index into the source; the line index is built on first use.
     void AddError(CParseError::eError code, int position);
     void AddError(CParseError::eError code, int line, int column);
-    CParseErrorList GetErrList() const { return m_errors; }
+    CParseErrorList GetErrList() const;
 
-    CVelStrW GetSource() const { return m_source; }
+    CVelStrW GetSource() const;
     // The file being parsed; empty for a buffer.
     const CVelStr& GetFileName() const { return m_fileName; }
     // What the productions read, in place.
@@ -68,7 +68,8 @@ class CParse {
     // Attribute values get a copy of each internal entity they refer to, and the tree a copy
     // of each external one, so a few references could ask for unbounded memory. Adds units
     // (of text, or kNodeUnits per node) to what this parse has copied; false once that passes
-    // the allowance: 16M units, or four times the source if larger, never more than 1G units.
+    // the allowance: GetExpansionLimit() units, or four times the source if larger (at most
+    // 1G units); none when the limit is 0.
     bool ChargeExpansion(std::int64_t units);
     static constexpr int kNodeUnits = 16;  // a node takes about the memory of 16 units of text
 
@@ -110,10 +111,16 @@ class CParse {
     // The shape of every public operation: a logged scope, and the guard that logs an
     // exception on its way to the host.
     template <class Body>
-    static decltype(auto) RunPublic(int line, const char* function, Body&& body) {
+    static decltype(auto) RunLogged(int line, const char* function, Body&& body) {
         vel::AutoFuncNameLogger scope("Parse", line, function);
-        vel::CPageScope pages;
         return vel::Guarded("Parse", line, function, std::forward<Body>(body));
+    }
+    // The same for an operation that reads or builds a document: what it makes comes from
+    // the pages.
+    template <class Body>
+    static decltype(auto) RunPublic(int line, const char* function, Body&& body) {
+        vel::CPageScope pages;
+        return RunLogged(line, function, std::forward<Body>(body));
     }
 
     // Runs production from 0 over the text of the file that systemLiteral names, as this
@@ -121,7 +128,10 @@ class CParse {
     bool RunOnExternalFile(CAbstractExpression& production, const CVelStrW& systemLiteral);
 
     int MatchDocument();
+    bool FillElement(CXmlElement& element, CParseElement& source);
+    bool FillContent(CXmlListContainer* target, CParseContent* content);
     bool AppendItem(CXmlListContainer& target, CAbstractExpression& item);
+    bool AppendElement(CXmlListContainer& target, CParseElement& source);
     bool AppendReference(CXmlListContainer& target, const CParseReference& reference);
     bool AppendEntity(CXmlListContainer& target, const CVelStrW& name);
 

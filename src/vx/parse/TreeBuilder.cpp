@@ -61,6 +61,10 @@ bool CParse::MakeXmlTree(CXmlDocument& document) {
 }
 
 bool CParse::SetElementInfo(CXmlElement& element, CParseElement& source) {
+    return RunLogged(__LINE__, "CParse::SetElementInfo", [&] { return FillElement(element, source); });
+}
+
+bool CParse::FillElement(CXmlElement& element, CParseElement& source) {
     // Counts the levels that external entities add to the tree; see AppendEntity.
     CNestingScope level(*this);
     const CParseTag* tag = nullptr;
@@ -93,9 +97,14 @@ bool CParse::SetElementInfo(CXmlElement& element, CParseElement& source) {
 }
 
 // One node per item, adjacent text not merged. A failure leaves the tree cut where it
-// happened: an element is appended before it is filled. Each item is released as soon as it
+// happened, without the unfinished elements around it. Each item is released as soon as it
 // is in the tree, so that the production tree shrinks while the document grows.
 bool CParse::SetElementContentInfo(CXmlListContainer* target, CParseContent* content) {
+    return RunLogged(__LINE__, "CParse::SetElementContentInfo",
+                     [&] { return FillContent(target, content); });
+}
+
+bool CParse::FillContent(CXmlListContainer* target, CParseContent* content) {
     if (!content) return true;
     const CExpressionList& items = content->GetList();
     target->Reserve(target->GetSize() + items.GetSize());
@@ -113,8 +122,7 @@ bool CParse::AppendItem(CXmlListContainer& target, CAbstractExpression& item) {
             AppendText<CXmlCData>(target, static_cast<const CParseCharData&>(item).GetCharData());
             return true;
         case eParseElement:
-            return SetElementInfo(*target.PushBack(std::make_unique<CXmlElement>(nullptr)),
-                                  static_cast<CParseElement&>(item));
+            return AppendElement(target, static_cast<CParseElement&>(item));
         case eParseComment:
         case eParsePI:
             return true;
@@ -126,6 +134,16 @@ bool CParse::AppendItem(CXmlListContainer& target, CAbstractExpression& item) {
         default:
             ThrowUnknown(__LINE__, "不明なクラス");
     }
+}
+
+// Filled where it lands, so that its nodes are made once; an element whose filling fails is
+// taken out again, and the tree keeps only what was finished.
+bool CParse::AppendElement(CXmlListContainer& target, CParseElement& source) {
+    if (SetElementInfo(*target.PushBack(std::make_unique<CXmlElement>(nullptr)), source)) {
+        return true;
+    }
+    target.Erase(target.GetSize() - 1);
+    return false;
 }
 
 bool CParse::AppendReference(CXmlListContainer& target, const CParseReference& reference) {

@@ -97,9 +97,24 @@ bool DiscardTemporary(int fd, const std::string& path) {
     return Fail(error);
 }
 
+// Written through the file's own inode. Only a regular file is synced: devices and FIFOs
+// refuse fsync and hold nothing to make durable.
 bool WriteInPlace(const char* name, const void* data, int size) {
-    CVelFile file;
-    return file.CreateFileA(name, CVelFile::eOpenWrite) && file.Write(data, size);
+    const int fd = open(name, O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (fd < 0) return FailWithErrno();
+    struct stat info;
+    if (!WriteAll(fd, data, size) || fstat(fd, &info) != 0 ||
+        (S_ISREG(info.st_mode) && fsync(fd) != 0)) {
+        CloseWithError(fd, errno);
+        return FailWithErrno();
+    }
+    return close(fd) == 0 || FailWithErrno();
+}
+
+// The temporary cannot be made beside the target (a directory the process may not write
+// into, a name too long for the suffix), though the target itself may be writable.
+bool NoRoomForTemporary(int error) {
+    return error == EACCES || error == EPERM || error == ENAMETOOLONG;
 }
 
 }  // namespace
@@ -174,7 +189,7 @@ bool ReplaceFileContents(const char* name, const void* data, int size) {
     }
     std::string temporary = target + ".vx-XXXXXX";
     const int fd = mkostemp(temporary.data(), O_CLOEXEC);
-    if (fd < 0) return FailWithErrno();
+    if (fd < 0) return NoRoomForTemporary(errno) ? WriteInPlace(name, data, size) : FailWithErrno();
     // Someone else's file, or one of a group this process is not in, keeps its owner only
     // when it is written in place.
     if (exists && fchown(fd, old.st_uid, old.st_gid) != 0) {

@@ -35,9 +35,12 @@ class CVelFile {
 // temporary file in the same directory, which is synced, given the old file's permissions and
 // renamed over it. A symbolic link is followed, even one naming no file yet, so that the file
 // it names is replaced and the link stays. A file that may not be written is refused. A device
-// or FIFO, a file with other hard links, and a file whose owner and group the new one could
-// not take are written in place instead, as CreateFileA and Write would. On failure the temporary
-// file is removed, the old file is untouched and GetLastError has the errno.
+// or FIFO, a file with other hard links, a file whose owner and group the new one could not
+// take, and a file beside which no temporary can be made (a directory that may not be written
+// into, a name too long for the temporary's suffix) are written in place instead, as
+// CreateFileA and Write would. True only when every byte was written, synced and closed. On
+// failure the temporary file is removed, the old file is untouched (unless it was being
+// written in place) and GetLastError has the errno.
 bool ReplaceFileContents(const char* name, const void* data, int size);
 
 }  // namespace vel

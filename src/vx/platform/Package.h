@@ -1,5 +1,6 @@
 #pragma once
 // Package entry points and process-wide settings.
+#include <cstdint>
 
 namespace vx {
 
@@ -17,6 +18,14 @@ void RegisterFinalizer(void (*release)());
 constexpr int kDefaultNestingLimit = 1000;
 void SetNestingLimit(int depth);
 int GetNestingLimit();
+
+// What references may copy in one parse (internal entities' text into attribute values, the
+// nodes of external entities into the tree, a node counting as 16 units): past this many
+// units, or four times the document's length if that is more (at most 1G units), the
+// reference gets code 4. 0 lifts the limit, for hosts that trust their input.
+constexpr std::int64_t kDefaultExpansionLimit = std::int64_t{1} << 24;
+void SetExpansionLimit(std::int64_t units);
+std::int64_t GetExpansionLimit();
 
 // Hosts that parse untrusted input turn this off: the external entity loaders then refuse
 // every system literal with code 5 and open no file. On by default.

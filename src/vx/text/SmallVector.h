@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "vx/text/Counts.h"
 #include "vx/text/Pages.h"
 
 namespace vel {
@@ -111,9 +112,10 @@ class CSmallVector {
     template <typename U>
     void Emplace(U&& value) {
         if (GetSize() == Capacity()) {
+            CheckedCount(std::int64_t{GetSize()} + 1);
             // value may live in this vector: build it before the old block goes.
             T item(std::forward<U>(value));
-            Grow(Capacity() < 4 ? 4 : Capacity() * 2);
+            Grow(Capacity() < 4 ? 4 : CappedCount(std::int64_t{Capacity()} * 2));
             new (Data() + m_block->count) T(std::move(item));
         } else {
             new (Data() + m_block->count) T(std::forward<U>(value));

@@ -146,7 +146,7 @@ CVelStr::CVelStr(const CVelStrW& wide) {
         }
         EncodeUtf8(value, out);
     }
-    Assign(out.data(), static_cast<int>(out.size()));
+    Assign(out.data(), vel::CheckedCount(static_cast<std::int64_t>(out.size())));
     if (replaced) LogUnconvertible("CVelStr::CVelStr(const CVelStrW&)");
 }
 
@@ -226,7 +226,7 @@ CVelStrW& CVelStrW::Format(const char16_t* format, ...) {
         }
     }
     va_end(args);
-    *this = CVelStrW(out.data(), static_cast<int>(out.size()));
+    *this = CVelStrW(out.data(), vel::CheckedCount(static_cast<std::int64_t>(out.size())));
     return *this;
 }
 
@@ -258,7 +258,8 @@ void CVelStrW::ConvRetCode(const CVelStrW& lineEnd) {
     if (already == loneCr + loneLf + pairs) return;  // nothing to rewrite: keep the buffer shared
 
     const int ends = loneCr + loneLf + pairs;
-    const int newLength = n - 2 * pairs - loneCr - loneLf + ends * lineEnd.GetLength();
+    const int newLength = vel::CheckedCount(std::int64_t{n} - 2 * pairs - loneCr - loneLf +
+                                            std::int64_t{ends} * lineEnd.GetLength());
     CVelStrW converted;
     char16_t* out = converted.GetBuffer(newLength);
     int w = 0;

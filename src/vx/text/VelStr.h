@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "vx/text/Counts.h"
 #include "vx/text/Pages.h"
 
 namespace velstr {
@@ -137,7 +138,8 @@ class CVelStrBase {
         Append(text, TextLength(text));
         return Self();
     }
-    // text may point into this string's own buffer.
+    // text may point into this string's own buffer. A text longer than the largest int
+    // throws std::length_error.
     void Append(const T* text, int count);
 
     // Index of the first occurrence of sub at or after from, or npos. An empty sub is found at
@@ -298,18 +300,19 @@ template <typename T, typename D>
 void CVelStrBase<T, D>::Append(const T* text, int count) {
     if (count <= 0) return;
     const int length = GetLength();
+    const int total = vel::CheckedCount(std::int64_t{length} + count);
     const bool owned = m_rep && m_rep->GetRefCount() == 1;
     Rep* target = m_rep;
-    if (!owned || length + count > m_rep->m_capacity) {
-        const int capacity = owned ? (length + count) + (length + count) / 2  // amortised growth
-                                   : length + count;
+    if (!owned || total > m_rep->m_capacity) {
+        // Amortised growth for a string that is being built.
+        const int capacity = owned ? vel::CappedCount(std::int64_t{total} + total / 2) : total;
         target = Rep::Create(capacity);
         if (length) std::memcpy(target->Data(), m_rep->Data(), length * sizeof(T));
     }
     // The old buffer is released only after the copy, as text may point into it.
     std::memmove(target->Data() + length, text, count * sizeof(T));
-    target->m_length = length + count;
-    target->Data()[length + count] = T();
+    target->m_length = total;
+    target->Data()[total] = T();
     if (target != m_rep) {
         ReleaseRep();
         m_rep = target;

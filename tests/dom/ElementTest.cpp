@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <list>
 #include <map>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -188,3 +189,42 @@ TEST(NameCache, AgreesWithARecencyListOverManyInterns) {
         ASSERT_EQ(cache.GetSize(), static_cast<int>(recent.size()));
     }
 }
+
+namespace {
+
+// Makes root a chain of depth elements named e, the last holding a text.
+void Chain(CXmlElement& root, int depth) {
+    root.SetName(u"e");
+    CXmlElement* leaf = &root;
+    for (int i = 1; i < depth; ++i)
+        leaf = AddChild(*leaf, u"e");
+    AddText(*leaf, u"t");
+}
+
+// Trees a host builds are not bounded by parsing: walks that recurse throw the designed
+// exception past the nesting limit, and destroying one never recurses, at any depth.
+TEST(ElementTest, HostBuiltTreesOfAnyDepth) {
+    auto document = std::make_unique<CXmlDocument>(nullptr);
+    CXmlElement& root = document->GetRootElement();
+    Chain(root, 1'000'000);
+    CXmlElement copy(nullptr);
+    EXPECT_EQ(vxtest::ThrownText<std::runtime_error>([&] { CXmlElement(root).GetName(); }), "dummy");
+    EXPECT_EQ(vxtest::ThrownText<std::runtime_error>([&] { copy = root; }), "dummy");
+    EXPECT_EQ(copy.GetChildren().GetSize(), 0);
+    EXPECT_EQ(vxtest::ThrownText<std::runtime_error>([&] { Source(*document); }), "dummy");
+    EXPECT_EQ(vxtest::ThrownText<std::runtime_error>([&] { root.GetText(); }), "dummy");
+    EXPECT_EQ(vxtest::ThrownText<std::runtime_error>([&] { document->ConvertReturnCode(u"\n"); }), "dummy");
+    root.SetText(u"flat");  // erases the chain
+    EXPECT_EQ(Source(root), "<e>flat</e>");
+    Chain(root, 1'000'000);
+    document.reset();
+
+    // At the limit everything works.
+    CXmlElement limit(nullptr);
+    Chain(limit, GetNestingLimit());
+    const CXmlElement copied(limit);
+    EXPECT_EQ(Utf8(copied.GetText()), "t");
+    EXPECT_EQ(Source(copied).size(), 7 * static_cast<std::size_t>(GetNestingLimit()) + 1);
+}
+
+}  // namespace

@@ -1,3 +1,5 @@
+#include <regex>
+
 #include "ParseTestUtil.h"
 #include "vx/platform/CodeConv.h"
 
@@ -33,6 +35,32 @@ TEST(Driver, PositionsFollowASwappedSource) {
     parser.SetSource(Wide(u"\n\nx"));
     parser.AddError(vx::CParseError::eErrUnexpectedChar, 2);
     EXPECT_EQ(Diags(parser.GetErrList()), (D{{15, 2, 2}, {15, 3, 1}}));
+}
+
+// Every operation of the parser logs its scope, the ones the productions and the tree
+// builder call back included.
+TEST(Driver, EveryOperationLogsItsScope) {
+    LogCapture log;
+    vx::CParse parser;
+    parser.SetSource(Wide(u"<a>x</a>"));
+    parser.AddError(vx::CParseError::eErrUnexpectedChar);
+    parser.AddError(vx::CParseError::eErrUnexpectedChar, 1);
+    EXPECT_EQ(Text(parser.GetSource()), u"<a>x</a>");
+    EXPECT_EQ(parser.GetErrList().GetSize(), 2);
+    vx::CXmlElement element(nullptr);
+    vx::CParseElement source;
+    EXPECT_FALSE(parser.SetElementInfo(element, source));  // matched in neither form: code 28
+    EXPECT_TRUE(parser.SetElementContentInfo(&element.GetChildren(), nullptr));
+    std::string starts;
+    const std::regex start(R"(Parse\(\d+\): CParse::(\w+): <[0-9a-f]{8}> : >> START)");
+    for (const std::string& line : log.Lines()) {
+        std::smatch match;
+        if (std::regex_match(line, match, start)) starts += match[1].str() + " ";
+    }
+    // The positioned AddError ends in the one with line and column; code 28 is added too.
+    EXPECT_EQ(starts,
+              "AddError AddError AddError GetSource GetErrList SetElementInfo AddError "
+              "SetElementContentInfo ");
 }
 
 // The keyword tables are released by Finalize and must come back on the next parse.

@@ -210,6 +210,20 @@ TEST(HostileInput, AttributeValuesCopyEntitiesOnlyUpToAnAllowance) {
     EXPECT_EQ(D(diags.begin(), diags.begin() + 2), (D{{4, 1, column}, {26, 1, column}}));
     EXPECT_EQ(diags.back(), (Diag{7, 0, 0}));
     EXPECT_TRUE(refused->GetRootElement().GetName().IsEmpty());
+
+    // A host that trusts its input lifts the limit; one that sets its own gets at least four
+    // times the document (here four copies).
+    vx::SetExpansionLimit(0);
+    const Document lifted = ParseBuf(past);
+    vx::SetExpansionLimit(1000);
+    const D four = DiagsOf(head + u"<r a='&e;&e;&e;&e;'/>");
+    const D five = DiagsOf(head + u"<r a='&e;&e;&e;&e;&e;'/>");
+    vx::SetExpansionLimit(vx::kDefaultExpansionLimit);
+    EXPECT_EQ(Diags(lifted->GetErrList()), D{});
+    EXPECT_EQ(lifted->GetRootElement().GetAtt(CVelStrW(u"a")).GetValue().GetLength(), 257 * 65536);
+    EXPECT_EQ(four, D{});
+    ASSERT_FALSE(five.empty());
+    EXPECT_EQ(five.front().code, 4);
 }
 
 // External entities are parsed when declared, with the references to those declared before

@@ -56,6 +56,11 @@ TEST(Tree, EntitiesComeFromTheParsersDtd) {
     const Document cut = ParseBuf(kDecl + u"<r>x<s>y</s>&u;<t/></r>");
     EXPECT_EQ(Diags(cut->GetErrList()), (D{{62, 0, 0}, {27, 0, 0}}));
     EXPECT_EQ(Children(cut->GetRootElement()), u"T(x)E(s)");
+    // An element whose filling failed is not kept, nor are those around it.
+    const Document unfinished = ParseBuf(kDecl + u"<a><b>x<c>&u;</c>y</b>z</a>");
+    EXPECT_EQ(Diags(unfinished->GetErrList()), (D{{62, 0, 0}, {27, 0, 0}}));
+    EXPECT_EQ(Text(unfinished->GetRootElement().GetName()), u"a");
+    EXPECT_EQ(Children(unfinished->GetRootElement()), u"");
 }
 
 TEST(Tree, EqualNamesShareOneBuffer) {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
 #include <stdexcept>
 #include <string>
 
@@ -168,6 +170,30 @@ TEST(VelStrTest, FindUnitAtEveryPositionAndNoLookAlikes) {
     }
     EXPECT_EQ(velstr::FindUnit(units.data(), 0, 37, u'\r', u'\r', u'\r'), 37);
     EXPECT_EQ(CVelStr("a;b;c").Pos(';', 2), 3);
+}
+
+}  // namespace
+
+namespace {
+
+// Lengths are int: a text that would pass the largest int is refused before any memory is
+// touched, and growth stops at that size instead of wrapping.
+TEST(VelStrTest, SizesThatDoNotFitThrowInsteadOfWrapping) {
+    constexpr int kMax = std::numeric_limits<int>::max();
+    EXPECT_EQ(vel::CheckedCount(kMax), kMax);
+    EXPECT_THROW(vel::CheckedCount(std::int64_t{kMax} + 1), std::length_error);
+    EXPECT_THROW(vel::CheckedCount(-1), std::length_error);
+    EXPECT_EQ(vel::CappedCount(std::int64_t{1'500'000'000} * 3 / 2), kMax);
+
+    CVelStrW text(u"0123456789");
+    EXPECT_THROW(text.Append(text.c_str(), kMax - 5), std::length_error);
+    const CVelStrW shared = text;
+    EXPECT_THROW(text.Append(text.c_str(), kMax - 5), std::length_error);
+    EXPECT_EQ(text, CVelStrW(u"0123456789"));
+    vx::CVelStringBuffer<CVelStrW> buffer;
+    buffer.Append(u"abc", 3);
+    EXPECT_THROW(buffer.Append(u"abc", kMax - 1), std::length_error);
+    EXPECT_EQ(buffer.GetLength(), 3);
 }
 
 }  // namespace

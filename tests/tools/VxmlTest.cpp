@@ -251,6 +251,19 @@ TEST_F(VxmlTest, CheckNoExternalRefusesEverySystemLiteral) {
                               Path("http.xml") + stopped);
 }
 
+// An attribute that copies a 64K-unit entity 300 times passes the default allowance.
+TEST_F(VxmlTest, HugeLiftsTheExpansionLimit) {
+    std::string references;
+    for (int i = 0; i < 300; ++i)
+        references += "&e;";
+    WriteFile(m_dir / "big.xml", kDecl + "<!DOCTYPE a [<!ENTITY e '" + std::string(65536, 'x') +
+                                     "'>]><a b='" + references + "'/>");
+    EXPECT_EQ(Run({"check", "--lang", "en", Path("big.xml")}).status, 1);
+    const auto huge = Run({"check", "--huge", Path("big.xml")});
+    EXPECT_EQ(huge.status, 0) << huge.out;
+    EXPECT_EQ(Run({"tree", "--huge", Path("big.xml")}).status, 0);
+}
+
 TEST_F(VxmlTest, HelpVersionAndUsageErrors) {
     const auto help = Run({"--help"});
     EXPECT_EQ(help.status, 0);

@@ -11,6 +11,9 @@
 
 namespace vel {
 
+// True until the environment has been read, so that the first scope reads it.
+std::atomic<bool> g_mayLog{true};
+
 namespace {
 
 std::mutex g_mutex;
@@ -24,15 +27,16 @@ bool OpenLocked(const char* path) {
     if (g_file) std::fclose(g_file);
     g_file = file;
     g_enabled.store(true, std::memory_order_release);
+    g_mayLog.store(true, std::memory_order_relaxed);
     return true;
 }
 
 void ReadEnvironmentOnce() {
     std::call_once(g_environmentRead, [] {
         const char* path = std::getenv("VX_LOG_FILE");
-        if (!path || !*path) return;
         std::lock_guard<std::mutex> lock(g_mutex);
-        OpenLocked(path);
+        if (path && *path) OpenLocked(path);
+        g_mayLog.store(g_enabled.load(std::memory_order_relaxed), std::memory_order_relaxed);
     });
 }
 
@@ -52,12 +56,6 @@ void WriteV(bool endLine, const char* format, va_list args) {
     }
 }
 
-void PutScopeLine(const char* unit, int line, const char* function, const char* marker) {
-    if (!Enabled()) return;
-    FileLogger_Put("%s(%d): %s: ", unit, line, function);
-    FileLogger_PutLine("<%08x> : %s", static_cast<unsigned>(gettid()), marker);
-}
-
 }  // namespace
 
 bool FileLogger_Open(const char* path) {
@@ -71,6 +69,7 @@ void FileLogger_Close() {
     ReadEnvironmentOnce();
     std::lock_guard<std::mutex> lock(g_mutex);
     g_enabled.store(false, std::memory_order_release);
+    g_mayLog.store(false, std::memory_order_relaxed);
     if (g_file) std::fclose(g_file);
     g_file = nullptr;
 }
@@ -118,13 +117,10 @@ void LogFailure(const char* unit, int line, const char* function, const char* fo
     va_end(args);
 }
 
-AutoFuncNameLogger::AutoFuncNameLogger(const char* unit, int line, const char* function)
-    : m_unit(unit), m_line(line), m_function(function) {
-    PutScopeLine(m_unit, m_line, m_function, ">> START");
-}
-
-AutoFuncNameLogger::~AutoFuncNameLogger() {
-    PutScopeLine(m_unit, m_line, m_function, "<< END");
+void AutoFuncNameLogger::PutScopeLine(const char* marker) const {
+    if (!Enabled()) return;
+    FileLogger_Put("%s(%d): %s: ", m_unit, m_line, m_function);
+    FileLogger_PutLine("<%08x> : %s", static_cast<unsigned>(gettid()), marker);
 }
 
 }  // namespace vel

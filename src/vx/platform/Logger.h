@@ -1,6 +1,7 @@
 #pragma once
 // The host's file logger. Off until a log file is named (FileLogger_Open, or the VX_LOG_FILE
 // environment variable read on first use). Text is UTF-8.
+#include <atomic>
 
 namespace vel {
 
@@ -22,15 +23,29 @@ void FileLogger_Dump(const char* file, int line, const char* function);
 void LogFailure(const char* unit, int line, const char* function, const char* format, ...)
     __attribute__((format(printf, 4, 5)));
 
+// False only when no log file is open: every public operation has a scope logger, so while
+// logging is off a scope costs this one test, inline.
+extern std::atomic<bool> g_mayLog;
+inline bool MayLog() noexcept {
+    return g_mayLog.load(std::memory_order_relaxed);
+}
+
 // Logs "unit(line): function: <tid> : >> START" on entry and "... << END" on exit.
 class AutoFuncNameLogger {
 public:
-    AutoFuncNameLogger(const char* unit, int line, const char* function);
-    ~AutoFuncNameLogger();
+    AutoFuncNameLogger(const char* unit, int line, const char* function)
+        : m_unit(unit), m_line(line), m_function(function) {
+        if (MayLog()) PutScopeLine(">> START");
+    }
+    ~AutoFuncNameLogger() {
+        if (MayLog()) PutScopeLine("<< END");
+    }
     AutoFuncNameLogger(const AutoFuncNameLogger&) = delete;
     AutoFuncNameLogger& operator=(const AutoFuncNameLogger&) = delete;
 
 private:
+    void PutScopeLine(const char* marker) const;
+
     const char* m_unit;
     int m_line;
     const char* m_function;

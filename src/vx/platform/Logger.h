@@ -32,7 +32,7 @@ inline bool MayLog() noexcept {
 
 // Logs "unit(line): function: <tid> : >> START" on entry and "... << END" on exit.
 class AutoFuncNameLogger {
-public:
+  public:
     AutoFuncNameLogger(const char* unit, int line, const char* function)
         : m_unit(unit), m_line(line), m_function(function) {
         if (MayLog()) PutScopeLine(">> START");
@@ -43,7 +43,7 @@ public:
     AutoFuncNameLogger(const AutoFuncNameLogger&) = delete;
     AutoFuncNameLogger& operator=(const AutoFuncNameLogger&) = delete;
 
-private:
+  private:
     void PutScopeLine(const char* marker) const;
 
     const char* m_unit;

@@ -208,12 +208,14 @@ TEST(ElementTest, HostBuiltTreesOfAnyDepth) {
     CXmlElement& root = document->GetRootElement();
     Chain(root, 1'000'000);
     CXmlElement copy(nullptr);
-    EXPECT_EQ(vxtest::ThrownText<std::runtime_error>([&] { CXmlElement(root).GetName(); }), "dummy");
+    EXPECT_EQ(vxtest::ThrownText<std::runtime_error>([&] { CXmlElement(root).GetName(); }),
+              "dummy");
     EXPECT_EQ(vxtest::ThrownText<std::runtime_error>([&] { copy = root; }), "dummy");
     EXPECT_EQ(copy.GetChildren().GetSize(), 0);
     EXPECT_EQ(vxtest::ThrownText<std::runtime_error>([&] { Source(*document); }), "dummy");
     EXPECT_EQ(vxtest::ThrownText<std::runtime_error>([&] { root.GetText(); }), "dummy");
-    EXPECT_EQ(vxtest::ThrownText<std::runtime_error>([&] { document->ConvertReturnCode(u"\n"); }), "dummy");
+    EXPECT_EQ(vxtest::ThrownText<std::runtime_error>([&] { document->ConvertReturnCode(u"\n"); }),
+              "dummy");
     root.SetText(u"flat");  // erases the chain
     EXPECT_EQ(Source(root), "<e>flat</e>");
     Chain(root, 1'000'000);

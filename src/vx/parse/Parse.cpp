@@ -142,7 +142,8 @@ bool CParse::ChargeExpansion(std::int64_t units) {
     const std::int64_t limit = GetExpansionLimit();
     m_expansion += units;
     if (limit == 0) return true;
-    return m_expansion <= std::max(limit, std::min(kCeiling, 4 * std::int64_t{m_source.GetLength()}));
+    return m_expansion <=
+           std::max(limit, std::min(kCeiling, 4 * std::int64_t{m_source.GetLength()}));
 }
 
 void CParse::SetSource(CVelStrW text) {

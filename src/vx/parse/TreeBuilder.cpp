@@ -61,7 +61,8 @@ bool CParse::MakeXmlTree(CXmlDocument& document) {
 }
 
 bool CParse::SetElementInfo(CXmlElement& element, CParseElement& source) {
-    return RunLogged(__LINE__, "CParse::SetElementInfo", [&] { return FillElement(element, source); });
+    return RunLogged(__LINE__, "CParse::SetElementInfo",
+                     [&] { return FillElement(element, source); });
 }
 
 bool CParse::FillElement(CXmlElement& element, CParseElement& source) {

@@ -72,8 +72,13 @@ CXmlListContainer::~CXmlListContainer() {
 
 namespace {
 
-// Chains nodes into a stack through their parent links, which nodes about to be destroyed no
-// longer need: destroying a tree of any depth then takes neither recursion nor memory.
+// Trees are destroyed by recursion while it stays this shallow, which frees nodes in document
+// order; deeper down, nodes are chained into a stack through their parent links, which nodes
+// about to be destroyed no longer need, so that a tree of any depth takes neither more stack
+// nor memory.
+constexpr int kRecursiveDeleteDepth = 128;
+thread_local int t_deleteDepth = 0;
+
 void PushNodes(CXmlListContainer::NodeList& nodes, CXmlBaseObject*& stack) noexcept {
     for (CXmlBaseObject* node : nodes) {
         node->SetParent(stack);
@@ -85,6 +90,14 @@ void PushNodes(CXmlListContainer::NodeList& nodes, CXmlBaseObject*& stack) noexc
 }  // namespace
 
 void CXmlListContainer::DeleteNodes(NodeList& nodes) noexcept {
+    if (t_deleteDepth < kRecursiveDeleteDepth) {
+        ++t_deleteDepth;
+        for (CXmlBaseObject* node : nodes)
+            delete node;
+        --t_deleteDepth;
+        nodes.Clear();
+        return;
+    }
     CXmlBaseObject* stack = nullptr;
     PushNodes(nodes, stack);
     DeleteStack(stack);

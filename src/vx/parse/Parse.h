@@ -128,8 +128,10 @@ class CParse {
     bool RunOnExternalFile(CAbstractExpression& production, const CVelStrW& systemLiteral);
 
     int MatchDocument();
-    bool FillElement(CXmlElement& element, CParseElement& source);
-    bool FillContent(CXmlListContainer* target, CParseContent* content);
+    // The bodies of SetElementInfo and SetElementContentInfo, inline in the tree builder (their
+    // only user): the recursion passes through the logged wrappers for every element.
+    inline bool FillElement(CXmlElement& element, CParseElement& source);
+    inline bool FillContent(CXmlListContainer* target, CParseContent* content);
     bool AppendItem(CXmlListContainer& target, CAbstractExpression& item);
     bool AppendElement(CXmlListContainer& target, CParseElement& source);
     bool AppendReference(CXmlListContainer& target, const CParseReference& reference);

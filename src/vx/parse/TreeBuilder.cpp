@@ -60,12 +60,8 @@ bool CParse::MakeXmlTree(CXmlDocument& document) {
     });
 }
 
-bool CParse::SetElementInfo(CXmlElement& element, CParseElement& source) {
-    return RunLogged(__LINE__, "CParse::SetElementInfo",
-                     [&] { return FillElement(element, source); });
-}
-
-bool CParse::FillElement(CXmlElement& element, CParseElement& source) {
+[[gnu::always_inline]] inline bool CParse::FillElement(CXmlElement& element,
+                                                       CParseElement& source) {
     // Counts the levels that external entities add to the tree; see AppendEntity.
     CNestingScope level(*this);
     const CParseTag* tag = nullptr;
@@ -100,12 +96,8 @@ bool CParse::FillElement(CXmlElement& element, CParseElement& source) {
 // One node per item, adjacent text not merged. A failure leaves the tree cut where it
 // happened, without the unfinished elements around it. Each item is released as soon as it
 // is in the tree, so that the production tree shrinks while the document grows.
-bool CParse::SetElementContentInfo(CXmlListContainer* target, CParseContent* content) {
-    return RunLogged(__LINE__, "CParse::SetElementContentInfo",
-                     [&] { return FillContent(target, content); });
-}
-
-bool CParse::FillContent(CXmlListContainer* target, CParseContent* content) {
+[[gnu::always_inline]] inline bool CParse::FillContent(CXmlListContainer* target,
+                                                       CParseContent* content) {
     if (!content) return true;
     const CExpressionList& items = content->GetList();
     target->Reserve(target->GetSize() + items.GetSize());
@@ -115,6 +107,16 @@ bool CParse::FillContent(CXmlListContainer* target, CParseContent* content) {
         content->ReleaseChild(i);
     }
     return true;
+}
+
+bool CParse::SetElementInfo(CXmlElement& element, CParseElement& source) {
+    return RunLogged(__LINE__, "CParse::SetElementInfo",
+                     [&] { return FillElement(element, source); });
+}
+
+bool CParse::SetElementContentInfo(CXmlListContainer* target, CParseContent* content) {
+    return RunLogged(__LINE__, "CParse::SetElementContentInfo",
+                     [&] { return FillContent(target, content); });
 }
 
 bool CParse::AppendItem(CXmlListContainer& target, CAbstractExpression& item) {

@@ -54,7 +54,7 @@ class CXmlBaseObject : public vel::CPageAllocated {
 // One level of a walk down a tree (copying, GetSource, GetText, ConvertReturnCode): these
 // recurse, so past GetNestingLimit() levels on the calling thread they throw
 // std::runtime_error("dummy"), as parsing does, instead of exhausting the stack. Destroying a
-// tree never recurses and works at any depth.
+// tree recurses only a few levels and works at any depth.
 class CTreeLevel {
   public:
     CTreeLevel();

@@ -15,7 +15,7 @@ void RegisterFinalizer(void (*release)());
 // Element nesting deeper than this throws std::runtime_error("dummy") instead of exhausting
 // the stack, in parsing and in the walks that recurse over a tree (copying, GetSource,
 // GetText, ConvertReturnCode). The default keeps them within an 8 MiB stack under
-// AddressSanitizer. Destroying a tree does not recurse and works at any depth.
+// AddressSanitizer. Destroying a tree works at any depth.
 constexpr int kDefaultNestingLimit = 1000;
 void SetNestingLimit(int depth);
 int GetNestingLimit();

@@ -8,7 +8,8 @@ bool FileLogger_Open(const char* path);  // appends; false when the file cannot 
 void FileLogger_Close();
 bool FileLogger_IsOpen();
 
-// Writes without a line end, so a prefix and its message can share one line.
+// Writes without a line end, so a prefix and its message can share one line. Each thread's
+// line reaches the file whole when it is ended, never mixed with another thread's.
 void FileLogger_Put(const char* format, ...) __attribute__((format(printf, 1, 2)));
 // Writes and ends the line.
 void FileLogger_PutLine(const char* format, ...) __attribute__((format(printf, 1, 2)));
@@ -24,13 +25,13 @@ void LogFailure(const char* unit, int line, const char* function, const char* fo
 
 // Logs "unit(line): function: <tid> : >> START" on entry and "... << END" on exit.
 class AutoFuncNameLogger {
-public:
+  public:
     AutoFuncNameLogger(const char* unit, int line, const char* function);
     ~AutoFuncNameLogger();
     AutoFuncNameLogger(const AutoFuncNameLogger&) = delete;
     AutoFuncNameLogger& operator=(const AutoFuncNameLogger&) = delete;
 
-private:
+  private:
     const char* m_unit;
     int m_line;
     const char* m_function;

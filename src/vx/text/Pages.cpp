@@ -1,5 +1,6 @@
 #include "vx/text/Pages.h"
 
+#include <atomic>
 #include <cstdint>
 #include <new>
 #include <utility>
@@ -27,9 +28,16 @@ constexpr std::size_t kPageSize = 32 * 1024;
 constexpr std::size_t kLargestPaged = 512;
 constexpr std::size_t kUnit = alignof(void*);
 
+// Objects of a page may be freed on any thread (a document handed to another one), so its
+// count is atomic; the thread filling it counts what it hands out in CFilling and adds that
+// only when it gives the page up, so allocating costs no atomic operation.
 struct CPage {
-    std::int64_t live;  // objects not yet freed, plus one while the page is being filled
+    // kFillingBias less the objects freed while the page is being filled; afterwards the
+    // objects not yet freed.
+    std::atomic<std::int64_t> live;
 };
+// More than a page can hold objects, so the count stays above zero while the page is filled.
+constexpr std::int64_t kFillingBias = kPageSize;
 constexpr std::size_t kPageHeader = sizeof(CPage);
 // Each object is preceded by its page, or null for a heap block of its own.
 constexpr std::size_t kObjectHeader = sizeof(CPage*);
@@ -38,6 +46,7 @@ struct CFilling {
     CPage* page = nullptr;
     char* next = nullptr;
     char* end = nullptr;
+    std::int64_t handedOut = 0;  // objects allocated on page
 };
 struct CThreadPages {
     CFilling fillings[kStreamCount];
@@ -57,8 +66,8 @@ void Unpoison([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t 
 #endif
 }
 
-void Release(CPage* page) noexcept {
-    if (--page->live == 0) {
+void Release(CPage* page, std::int64_t objects) noexcept {
+    if (page->live.fetch_sub(objects, std::memory_order_acq_rel) == objects) {
         Unpoison(page, kPageSize);
         ::operator delete(page);
     }
@@ -66,13 +75,13 @@ void Release(CPage* page) noexcept {
 
 void GiveUpPage(CFilling& filling) noexcept {
     if (!filling.page) return;
-    Release(filling.page);
+    Release(filling.page, kFillingBias - filling.handedOut);
     filling = CFilling{};
 }
 
 void StartPage(CFilling& filling) {
     auto* page = static_cast<CPage*>(::operator new(kPageSize));
-    page->live = 1;
+    page->live.store(kFillingBias, std::memory_order_relaxed);
     GiveUpPage(filling);
     filling.page = page;
     filling.next = reinterpret_cast<char*>(page) + kPageHeader;
@@ -116,7 +125,7 @@ void* AllocateSmall(std::size_t size, ePageStream stream) {
     if (static_cast<std::size_t>(filling.end - filling.next) < block) StartPage(filling);
     char* memory = filling.next;
     filling.next += block;
-    ++filling.page->live;
+    ++filling.handedOut;
     Unpoison(memory, block);
     return WithHeader(memory, filling.page);
 }
@@ -135,7 +144,7 @@ void FreeSmall(void* memory, std::size_t size) noexcept {
     }
     // A use after free of a paged object is then still caught by AddressSanitizer.
     Poison(block, BlockSize(size));
-    Release(page);
+    Release(page, 1);
 }
 
 }  // namespace vel

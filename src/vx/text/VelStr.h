@@ -2,6 +2,7 @@
 // Reference-counted strings with copy on write: CVelStrW over 16-bit code units for all text
 // inside the library, CVelStr over bytes for file names and encoded buffers (UTF-8 as narrow
 // text). Getters everywhere return strings by value; sharing keeps that cheap.
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -14,19 +15,26 @@
 
 namespace velstr {
 
+// The count is atomic: a string may be shared by a parsing thread's name caches and a document
+// that another thread reads or deletes.
 class CBaseRefCnt {
   public:
-    void AddRef() noexcept { ++m_refCount; }
-    // True when the last reference went away.
-    bool Release() noexcept { return --m_refCount == 0; }
-    int GetRefCount() const noexcept { return m_refCount; }
+    // A new reference is copied from one that keeps the count above zero: nothing to order.
+    void AddRef() noexcept { m_refCount.fetch_add(1, std::memory_order_relaxed); }
+    // True when the last reference went away. The sole holder skips the atomic decrement: no
+    // other thread has a reference it could copy, and most strings are never shared.
+    bool Release() noexcept {
+        if (m_refCount.load(std::memory_order_acquire) == 1) return true;
+        return m_refCount.fetch_sub(1, std::memory_order_acq_rel) == 1;
+    }
+    int GetRefCount() const noexcept { return m_refCount.load(std::memory_order_acquire); }
 
   protected:
     CBaseRefCnt() = default;
     ~CBaseRefCnt() = default;
 
   private:
-    int m_refCount = 1;
+    std::atomic<int> m_refCount{1};
 };
 
 // The shared representation: one block holding the counts and the units, so that every string

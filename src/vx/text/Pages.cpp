@@ -5,6 +5,8 @@
 #include <new>
 #include <utility>
 
+#include "vx/platform/Threads.h"
+
 #if defined(__SANITIZE_ADDRESS__)
 #define VX_POISON_PAGES 1
 #elif defined(__has_feature)
@@ -66,8 +68,9 @@ void Unpoison([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t 
 #endif
 }
 
+// Subtracts objects from the page's count, and frees the page when none are left.
 void Release(CPage* page, std::int64_t objects) noexcept {
-    if (page->live.fetch_sub(objects, std::memory_order_acq_rel) == objects) {
+    if (CountDown(page->live, objects) == objects) {
         Unpoison(page, kPageSize);
         ::operator delete(page);
     }

@@ -11,6 +11,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "vx/platform/Threads.h"
 #include "vx/text/Pages.h"
 
 namespace velstr {
@@ -19,13 +20,12 @@ namespace velstr {
 // that another thread reads or deletes.
 class CBaseRefCnt {
   public:
-    // A new reference is copied from one that keeps the count above zero: nothing to order.
-    void AddRef() noexcept { m_refCount.fetch_add(1, std::memory_order_relaxed); }
-    // True when the last reference went away. The sole holder skips the atomic decrement: no
-    // other thread has a reference it could copy, and most strings are never shared.
+    void AddRef() noexcept { vel::CountUp(m_refCount, 1); }
+    // True when the last reference went away. The sole holder skips the decrement: no other
+    // thread has a reference it could copy, and most strings are never shared.
     bool Release() noexcept {
-        if (m_refCount.load(std::memory_order_acquire) == 1) return true;
-        return m_refCount.fetch_sub(1, std::memory_order_acq_rel) == 1;
+        return m_refCount.load(std::memory_order_acquire) == 1 ||
+               vel::CountDown(m_refCount, 1) == 1;
     }
     int GetRefCount() const noexcept { return m_refCount.load(std::memory_order_acquire); }
 

@@ -104,8 +104,8 @@ int Main(int argc, char** argv) {
     std::printf("| input | threads | MB/s (thread time) | × one thread | MB/s (wall) |\n");
     std::printf("| :--- | ---: | ---: | ---: | ---: |\n");
     std::printf("| %s | 1 | %.1f | 1.00 | %.1f |\n", input.name.c_str(), oneRate, mb / one.wall);
-    std::printf("| %s | 2 | %.1f | %.2f | %.1f |\n", input.name.c_str(), twoRate,
-                twoRate / oneRate, 2 * mb / two.wall);
+    std::printf("| %s | 2 | %.1f | %.2f | %.1f |\n", input.name.c_str(), twoRate, twoRate / oneRate,
+                2 * mb / two.wall);
     std::printf("\nMB of the input file per second; median of %d runs.\n", runs);
     return 0;
 }

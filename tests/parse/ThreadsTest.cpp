@@ -83,8 +83,9 @@ std::vector<Input> Inputs(const TempDir& dir) {
     const std::string decl = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
     WriteFile(dir / "ext.dtd", decl + "<!ENTITY who \"world\"><!ENTITY bad SYSTEM \"none.ent\">");
     WriteFile(dir / "part.ent", decl + "<b x=\"&who;\">&who;</b>tail");
-    WriteFile(dir / "doc.xml", decl + "<!DOCTYPE r SYSTEM \"ext.dtd\" [<!ENTITY p SYSTEM "
-                                      "\"part.ent\">]>\n<r a=\"&who;\">&p;&who;&p;</r>");
+    WriteFile(dir / "doc.xml", decl +
+                                   "<!DOCTYPE r SYSTEM \"ext.dtd\" [<!ENTITY p SYSTEM "
+                                   "\"part.ent\">]>\n<r a=\"&who;\">&p;&who;&p;</r>");
     WriteFile(dir / "missing.xml", decl + "<!DOCTYPE r SYSTEM \"gone.dtd\"><r>&who;</r>");
     file(dir / "doc.xml");
     file(dir / "missing.xml");
@@ -207,9 +208,8 @@ TEST(Threads, EveryThreadGetsTheSingleThreadResult) {
     }
     vx::SetExternalLoading(true);
     // Threads log whole lines, never one thread's prefix with another's message.
-    const std::regex line(
-        R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}|Parse\(\d+\): [A-Za-z:]+: )"
-        R"((<[0-9a-f]{8}> : (>> START|<< END)|例外発生\(dummy\)))");
+    const std::regex line(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}|Parse\(\d+\): [A-Za-z:]+: )"
+                          R"((<[0-9a-f]{8}> : (>> START|<< END)|例外発生\(dummy\)))");
     int scopes = 0;
     for (const std::string& text : log.Lines()) {
         EXPECT_TRUE(std::regex_match(text, line)) << text;

@@ -40,40 +40,41 @@ struct Run {
     double wall = 0;
 };
 
-// One run: every thread parses its own copy once, all starting together.
-Run ParseAtOnce(const std::vector<vx::CVelStrW>& copies) {
-    std::vector<double> seconds(copies.size());
-    std::barrier start(static_cast<std::ptrdiff_t>(copies.size()) + 1);
-    std::vector<std::thread> threads;
-    for (std::size_t i = 0; i < copies.size(); ++i) {
-        threads.emplace_back([&, i] {
-            start.arrive_and_wait();
-            const double begin = ThreadSeconds();
-            delete vx::CParse::ParseForBuf(copies[i]);
-            seconds[i] = ThreadSeconds() - begin;
-        });
-    }
-    start.arrive_and_wait();
-    const double begin = WallSeconds();
-    for (std::thread& thread : threads)
-        thread.join();
-    return {*std::max_element(seconds.begin(), seconds.end()), WallSeconds() - begin};
+double Median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
 }
 
-// Median of runs, after one untimed run.
+// Each thread parses its own copy runs + 1 times, the threads starting each run together; the
+// first run warms the thread's caches and memory and is not counted. Medians of the runs.
 Run Measure(const std::vector<vx::CVelStrW>& copies, int runs) {
-    ParseAtOnce(copies);
-    std::vector<Run> all;
-    for (int i = 0; i < runs; ++i)
-        all.push_back(ParseAtOnce(copies));
-    auto median = [&](double Run::*field) {
-        std::vector<double> values;
-        for (const Run& run : all)
-            values.push_back(run.*field);
-        std::sort(values.begin(), values.end());
-        return values[values.size() / 2];
-    };
-    return {median(&Run::slowestThread), median(&Run::wall)};
+    const std::size_t n = copies.size();
+    std::vector<std::vector<double>> seconds(runs + 1, std::vector<double>(n));
+    std::barrier sync(static_cast<std::ptrdiff_t>(n) + 1);  // the threads and this one
+    std::vector<std::thread> threads;
+    for (std::size_t i = 0; i < n; ++i) {
+        threads.emplace_back([&, i] {
+            for (int run = 0; run <= runs; ++run) {
+                sync.arrive_and_wait();
+                const double begin = ThreadSeconds();
+                delete vx::CParse::ParseForBuf(copies[i]);
+                seconds[run][i] = ThreadSeconds() - begin;
+                sync.arrive_and_wait();
+            }
+        });
+    }
+    std::vector<double> slowest, wall;
+    for (int run = 0; run <= runs; ++run) {
+        sync.arrive_and_wait();
+        const double begin = WallSeconds();
+        sync.arrive_and_wait();
+        if (run == 0) continue;
+        wall.push_back(WallSeconds() - begin);
+        slowest.push_back(*std::max_element(seconds[run].begin(), seconds[run].end()));
+    }
+    for (std::thread& thread : threads)
+        thread.join();
+    return {Median(slowest), Median(wall)};
 }
 
 int Main(int argc, char** argv) {
@@ -113,10 +114,5 @@ int Main(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
-        return Main(argc, argv);
-    } catch (const std::exception& e) {
-        std::fprintf(stderr, "threads_bench: %s\n", e.what());
-        return 1;
-    }
+    return bench::RunMain("threads_bench", Main, argc, argv);
 }

@@ -50,9 +50,20 @@ struct CFilling {
     char* end = nullptr;
     std::int64_t handedOut = 0;  // objects allocated on page
 };
+// Frees on a thread are counted against the pages they last fell on and handed to a page's
+// count in one step when they move on: objects of a page are mostly freed together, and one
+// atomic subtraction per run costs much less than one per object. Two pages, because objects
+// and their texts lie on pages of their own and are freed alternately. So the last two pages a
+// thread freed on outside a parse go back only once it frees on others, parses again or ends.
+struct CPendingFrees {
+    CPage* page = nullptr;
+    std::int64_t objects = 0;
+};
 struct CThreadPages {
     CFilling fillings[kStreamCount];
+    CPendingFrees pending[2];  // the page freed on last first
     int scopes = 0;
+    bool flushAtExit = false;
 };
 thread_local CThreadPages t_pages;
 
@@ -92,6 +103,41 @@ void StartPage(CFilling& filling) {
     Poison(filling.next, static_cast<std::size_t>(filling.end - filling.next));
 }
 
+void Flush(CPendingFrees& pending) noexcept {
+    if (pending.page) Release(pending.page, pending.objects);
+    pending = CPendingFrees{};
+}
+
+void FlushAll() noexcept {
+    for (CPendingFrees& pending : t_pages.pending)
+        Flush(pending);
+}
+
+// Hands the thread's pending frees over when it ends.
+struct CExitFlush {
+    ~CExitFlush() { FlushAll(); }
+};
+
+void CountFree(CPage* page) noexcept {
+    CPendingFrees* pending = t_pages.pending;
+    if (pending[0].page == page) {
+        ++pending[0].objects;
+        return;
+    }
+    if (pending[1].page == page) {
+        ++pending[1].objects;
+        std::swap(pending[0], pending[1]);
+        return;
+    }
+    if (!t_pages.flushAtExit) {
+        [[maybe_unused]] static thread_local CExitFlush exitFlush;
+        t_pages.flushAtExit = true;
+    }
+    Flush(pending[1]);
+    pending[1] = pending[0];
+    pending[0] = CPendingFrees{page, 1};
+}
+
 void* WithHeader(void* block, CPage* page) {
     *static_cast<CPage**>(block) = page;
     return static_cast<char*>(block) + kObjectHeader;
@@ -111,6 +157,7 @@ CPageScope::~CPageScope() {
     if (--t_pages.scopes > 0) return;
     for (CFilling& filling : t_pages.fillings)
         GiveUpPage(filling);
+    FlushAll();  // what the parse freed goes back now
 }
 
 CHeapScope::CHeapScope() noexcept : m_suspendedScopes(std::exchange(t_pages.scopes, 0)) {}
@@ -147,7 +194,7 @@ void FreeSmall(void* memory, std::size_t size) noexcept {
     }
     // A use after free of a paged object is then still caught by AddressSanitizer.
     Poison(block, BlockSize(size));
-    Release(page, 1);
+    CountFree(page);
 }
 
 }  // namespace vel

@@ -7,6 +7,7 @@
 #include <tinyxml2.h>
 #include <pugixml.hpp>
 
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <memory>
@@ -178,6 +179,15 @@ Input LoadInput(const std::string& path, bool withBytes, bool withText) {
     }
     if (withBytes) input.bytes = std::move(bytes);
     return input;
+}
+
+int RunMain(const char* program, int (*main)(int, char**), int argc, char** argv) {
+    try {
+        return main(argc, argv);
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "%s: %s\n", program, e.what());
+        return 1;
+    }
 }
 
 }  // namespace bench

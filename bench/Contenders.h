@@ -38,4 +38,8 @@ const Contender* FindContender(const std::string& name);
 // Throws std::runtime_error for a file that cannot be read, or is neither UTF-8 nor Shift_JIS.
 Input LoadInput(const std::string& path, bool withBytes, bool withText);
 
+// What a benchmark program's main returns: main's result, or 1 after printing the text of the
+// exception it threw, after the program's name.
+int RunMain(const char* program, int (*main)(int, char**), int argc, char** argv);
+
 }  // namespace bench

@@ -410,10 +410,5 @@ int Main(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    try {
-        return Main(argc, argv);
-    } catch (const std::exception& e) {
-        std::fprintf(stderr, "parsers_bench: %s\n", e.what());
-        return 1;
-    }
+    return bench::RunMain("parsers_bench", Main, argc, argv);
 }

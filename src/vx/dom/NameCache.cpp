@@ -1,6 +1,8 @@
 #include "vx/dom/NameCache.h"
 
+#include <atomic>
 #include <cstdint>
+#include <mutex>
 
 #include "vx/platform/Package.h"
 
@@ -144,28 +146,63 @@ namespace {
 
 enum eCache { eElementNames, eAttributeNames, eNames, eAttributeValues, eCacheCount };
 
-constexpr int kCapacities[eCacheCount] = {200, 250, 200, 350};
-CNameCache* g_caches[eCacheCount] = {};
-bool g_finalizerRegistered = false;
+// One thread's caches, in the list of all threads' caches so that Finalize reaches those of
+// threads that are still running.
+struct CThreadCaches {
+    explicit CThreadCaches(std::atomic<CThreadCaches*>& owner) : owner(owner) {}
 
-void ReleaseCaches() {
-    for (CNameCache*& cache : g_caches) {
-        delete cache;
-        cache = nullptr;
+    CNameCache caches[eCacheCount] = {CNameCache(200), CNameCache(250), CNameCache(200),
+                                      CNameCache(350)};
+    std::atomic<CThreadCaches*>& owner;  // the thread's pointer to these
+    CThreadCaches* previous = nullptr;
+    CThreadCaches* next = nullptr;
+};
+
+std::mutex g_threadsMutex;
+CThreadCaches* g_threads = nullptr;  // guarded by g_threadsMutex
+
+// Null until the thread's first intern, and again once its caches are released. Atomic
+// because Finalize, on another thread, clears it.
+thread_local std::atomic<CThreadCaches*> t_caches{nullptr};
+
+void DropLocked(CThreadCaches* caches) {
+    (caches->previous ? caches->previous->next : g_threads) = caches->next;
+    if (caches->next) caches->next->previous = caches->previous;
+    caches->owner.store(nullptr, std::memory_order_relaxed);
+    delete caches;
+}
+
+void ReleaseAllCaches() {
+    std::lock_guard<std::mutex> lock(g_threadsMutex);
+    while (g_threads)
+        DropLocked(g_threads);
+}
+
+// Releases the thread's caches when it ends, unless Finalize has done so.
+struct CThreadExit {
+    ~CThreadExit() {
+        std::lock_guard<std::mutex> lock(g_threadsMutex);
+        if (CThreadCaches* caches = t_caches.load(std::memory_order_relaxed)) DropLocked(caches);
     }
-    g_finalizerRegistered = false;
+};
+
+[[gnu::noinline]] CThreadCaches& CreateThreadCaches() {
+    [[maybe_unused]] static thread_local CThreadExit exitHook;
+    auto* caches = new CThreadCaches(t_caches);
+    {
+        std::lock_guard<std::mutex> lock(g_threadsMutex);
+        caches->next = g_threads;
+        if (g_threads) g_threads->previous = caches;
+        g_threads = caches;
+        t_caches.store(caches, std::memory_order_relaxed);
+    }
+    RegisterFinalizer(ReleaseAllCaches);
+    return *caches;
 }
 
 CNameCache& GetCache(eCache which) {
-    CNameCache*& cache = g_caches[which];
-    if (!cache) {
-        if (!g_finalizerRegistered) {
-            RegisterFinalizer(ReleaseCaches);
-            g_finalizerRegistered = true;
-        }
-        cache = new CNameCache(kCapacities[which]);
-    }
-    return *cache;
+    CThreadCaches* caches = t_caches.load(std::memory_order_relaxed);
+    return (caches ? *caches : CreateThreadCaches()).caches[which];
 }
 
 }  // namespace

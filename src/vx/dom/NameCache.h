@@ -1,6 +1,7 @@
 #pragma once
-// Process-wide caches that let equal names and attribute values share one stored string.
-// Each keeps its most recently used strings, up to a fixed capacity.
+// Caches that let equal names and attribute values share one stored string. Each keeps its
+// most recently used strings, up to a fixed capacity. Every thread has caches of its own, so
+// threads parse at once without a lock, and each sees its caches as if it were alone.
 #include <cstddef>
 #include <string_view>
 #include <vector>
@@ -61,7 +62,8 @@ class CNameCache {
     std::vector<int> m_byAddress;
 };
 
-// Created on first use; vx::Finalize releases them.
+// The calling thread's caches, created on its first use; released when the thread ends or by
+// vx::Finalize, whichever comes first.
 CNameCache& ElementNameCache();     // 200 element names
 CNameCache& AttributeNameCache();   // 250 attribute names
 CNameCache& NameCache();            // 200 other names

@@ -1,5 +1,8 @@
 #pragma once
 // The base of every node of the document model, and of the nodes that carry a text value.
+// Nodes are not safe for concurrent mutation: a document is used by one thread at a time. One
+// made on one thread may be read or deleted on another once the host has handed it over with
+// its own synchronisation.
 #include <cstdint>
 
 #include "vx/text/Pages.h"

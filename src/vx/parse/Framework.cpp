@@ -1,5 +1,7 @@
 // Shared matching steps of the productions and the deep copy of content lists.
+#include <atomic>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 #include "vx/parse/Expressions.h"
@@ -12,22 +14,31 @@ namespace vx {
 
 namespace {
 
-CKeywords* g_keywords = nullptr;
+// Shared by every thread: their strings are only read and copied.
+std::atomic<CKeywords*> g_keywords{nullptr};
+std::mutex g_keywordsMutex;
 
 void ReleaseKeywords() {
-    delete g_keywords;
-    g_keywords = nullptr;
+    delete g_keywords.exchange(nullptr, std::memory_order_acq_rel);
+}
+
+[[gnu::noinline]] const CKeywords& CreateKeywords() {
+    std::lock_guard<std::mutex> lock(g_keywordsMutex);
+    CKeywords* keywords = g_keywords.load(std::memory_order_acquire);
+    if (!keywords) {
+        vel::CHeapScope heap;  // made inside a parse, kept for the process
+        keywords = new CKeywords;
+        g_keywords.store(keywords, std::memory_order_release);
+        RegisterFinalizer(ReleaseKeywords);
+    }
+    return *keywords;
 }
 
 }  // namespace
 
 const CKeywords& Keywords() {
-    if (!g_keywords) {
-        vel::CHeapScope heap;  // made inside a parse, kept for the process
-        g_keywords = new CKeywords;
-        RegisterFinalizer(ReleaseKeywords);
-    }
-    return *g_keywords;
+    const CKeywords* keywords = g_keywords.load(std::memory_order_acquire);
+    return keywords ? *keywords : CreateKeywords();
 }
 
 const CVelStrW* FindPredefinedEntity(const CVelStrW& text, int first, int last) {

@@ -1,7 +1,8 @@
 #pragma once
 // The reading side's entry point: a file or a wide buffer in, a new CXmlDocument out, holding
 // the tree and every diagnostic of the run. Malformed input never throws; exceptions (misuse,
-// nesting beyond GetNestingLimit()) are logged and passed on to the host.
+// nesting beyond GetNestingLimit()) are logged and passed on to the host. Any number of threads
+// may parse at once, each with a CParse of its own or through the static factories.
 #include <cstdint>
 #include <memory>
 #include <utility>

@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <mutex>
+#include <string>
 
 namespace vel {
 
@@ -46,14 +47,31 @@ bool Enabled() {
     return g_enabled.load(std::memory_order_acquire);
 }
 
+// What this thread has put on its current line so far. Lines are written whole, so that
+// threads logging at once do not mix their prefixes and messages.
+thread_local std::string t_line;
+
 void WriteV(bool endLine, const char* format, va_list args) {
-    std::lock_guard<std::mutex> lock(g_mutex);
-    if (!g_file) return;
-    std::vfprintf(g_file, format, args);
-    if (endLine) {
-        std::fputc('\n', g_file);
-        std::fflush(g_file);  // readers of the log see each line as soon as it is written
+    va_list copy;
+    va_copy(copy, args);
+    const int length = std::vsnprintf(nullptr, 0, format, copy);
+    va_end(copy);
+    if (length > 0) {
+        const std::size_t start = t_line.size();
+        t_line.resize(start + static_cast<std::size_t>(length) + 1);
+        std::vsnprintf(&t_line[start], static_cast<std::size_t>(length) + 1, format, args);
+        t_line.pop_back();  // the terminator
     }
+    if (!endLine) return;
+    t_line += '\n';
+    {
+        std::lock_guard<std::mutex> lock(g_mutex);
+        if (g_file) {
+            std::fwrite(t_line.data(), 1, t_line.size(), g_file);
+            std::fflush(g_file);  // readers of the log see each line as soon as it is written
+        }
+    }
+    t_line.clear();
 }
 
 }  // namespace

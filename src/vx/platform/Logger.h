@@ -9,7 +9,8 @@ bool FileLogger_Open(const char* path);  // appends; false when the file cannot 
 void FileLogger_Close();
 bool FileLogger_IsOpen();
 
-// Writes without a line end, so a prefix and its message can share one line.
+// Writes without a line end, so a prefix and its message can share one line. Each thread's
+// line reaches the file whole when it is ended, never mixed with another thread's.
 void FileLogger_Put(const char* format, ...) __attribute__((format(printf, 1, 2)));
 // Writes and ends the line.
 void FileLogger_PutLine(const char* format, ...) __attribute__((format(printf, 1, 2)));

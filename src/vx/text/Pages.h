@@ -7,8 +7,8 @@
 // heap block (with the same header), so objects a host makes while editing cost what they
 // always did and free their memory at once.
 //
-// Like the rest of the library, pages are used by one thread at a time: an object made on one
-// thread may be deleted on another only while the first is not filling the same page.
+// Each thread fills pages of its own; an object may be freed on any thread, also while the
+// thread that made it is still filling its page.
 #include <cstddef>
 
 namespace vel {

@@ -2,6 +2,7 @@
 // Reference-counted strings with copy on write: CVelStrW over 16-bit code units for all text
 // inside the library, CVelStr over bytes for file names and encoded buffers (UTF-8 as narrow
 // text). Getters everywhere return strings by value; sharing keeps that cheap.
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -10,24 +11,31 @@
 #include <type_traits>
 #include <utility>
 
+#include "vx/platform/Threads.h"
 #include "vx/text/Counts.h"
 #include "vx/text/Pages.h"
 
 namespace velstr {
 
+// The count is atomic: a string may be shared by a parsing thread's name caches and a document
+// that another thread reads or deletes.
 class CBaseRefCnt {
   public:
-    void AddRef() noexcept { ++m_refCount; }
-    // True when the last reference went away.
-    bool Release() noexcept { return --m_refCount == 0; }
-    int GetRefCount() const noexcept { return m_refCount; }
+    void AddRef() noexcept { vel::CountUp(m_refCount, 1); }
+    // True when the last reference went away. The sole holder skips the decrement: no other
+    // thread has a reference it could copy, and most strings are never shared.
+    bool Release() noexcept {
+        return m_refCount.load(std::memory_order_acquire) == 1 ||
+               vel::CountDown(m_refCount, 1) == 1;
+    }
+    int GetRefCount() const noexcept { return m_refCount.load(std::memory_order_acquire); }
 
   protected:
     CBaseRefCnt() = default;
     ~CBaseRefCnt() = default;
 
   private:
-    int m_refCount = 1;
+    std::atomic<int> m_refCount{1};
 };
 
 // The shared representation: one block holding the counts and the units, so that every string

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "vx/dom/XmlDocument.h"
+#include "vx/parse/SinglePassReader.h"
 #include "vx/platform/File.h"
 #include "vx/platform/Package.h"
 
@@ -77,11 +78,16 @@ CXmlDocument* CParse::ParseForBuf(CVelStrW text, CVelStr fileName) {
         m_fileName = std::move(fileName);
         NormalizeRetCode(text);
         SetSource(std::move(text));
+        m_readTarget = &document->GetRootElement();
+        m_rootRead = false;
         if (Interpreter() == m_source.GetLength()) {
             if (!MakeXmlTree(*document)) AddError(CParseError::eErrMakeTree);
         } else {
             AddError(CParseError::eErrParseStopped);
+            // The productions would have built no tree.
+            if (m_rootRead) CSinglePassReader::Discard(*m_readTarget);
         }
+        m_readTarget = nullptr;
         document->SetErrList(GetErrList());
         return document.release();
     });
@@ -104,10 +110,16 @@ int CParse::MatchDocument() {
         if (TryMatch(m_doctypeMisc, *this, pos)) end = pos;
     }
     int rootEnd = pos;
-    if (!m_root.Interpreter(*this, pos, rootEnd)) return end;
+    if (!ReadRoot(pos, rootEnd) && !m_root.Interpreter(*this, pos, rootEnd)) return end;
     end = pos = rootEnd;
     if (TryMatch(m_trailingMisc, *this, pos)) end = pos;
     return end;
+}
+
+bool CParse::ReadRoot(int start, int& end) {
+    if (!m_readTarget || m_recordSuppressed || !IsSinglePassReadingEnabled()) return false;
+    m_rootRead = CSinglePassReader(*this).ReadElement(start, end, *m_readTarget);
+    return m_rootRead;
 }
 
 void CParse::AddError(CParseError::eError code) {

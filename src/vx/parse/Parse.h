@@ -108,6 +108,8 @@ class CParse {
     };
 
   private:
+    friend class CSinglePassReader;
+
     // The shape of every public operation: a logged scope, and the guard that logs an
     // exception on its way to the host.
     template <class Body>
@@ -132,6 +134,8 @@ class CParse {
     // only user): the recursion passes through the logged wrappers for every element.
     inline bool FillElement(CXmlElement& element, CParseElement& source);
     inline bool FillContent(CXmlListContainer* target, CParseContent* content);
+    // The root element through the single-pass reader, into the document ParseForBuf fills.
+    bool ReadRoot(int start, int& end);
     bool AppendItem(CXmlListContainer& target, CAbstractExpression& item);
     bool AppendElement(CXmlListContainer& target, CParseElement& source);
     bool AppendReference(CXmlListContainer& target, const CParseReference& reference);
@@ -151,6 +155,8 @@ class CParse {
     int m_depth = 0;
     std::int64_t m_expansion = 0;  // units charged by ChargeExpansion
     CShortTextCache m_texts;
+    CXmlElement* m_readTarget = nullptr;  // the root of the document ParseForBuf fills
+    bool m_rootRead = false;              // m_readTarget holds the root, read in one pass
 };
 
 }  // namespace vx

@@ -51,7 +51,9 @@ bool CParse::MakeXmlTree(CXmlDocument& document) {
         if (m_xmlDecl.GetEncording(value)) document.SetEncoding(value);
         // GetStandard finds nothing in an accepted declaration, so standalone never arrives.
         if (m_xmlDecl.GetStandard(value)) document.SetStandard(value);
-        const bool built = SetElementInfo(document.GetRootElement(), m_root);
+        // The single-pass reader has built the root in place already.
+        const bool built = (m_rootRead && m_readTarget == &document.GetRootElement()) ||
+                           SetElementInfo(document.GetRootElement(), m_root);
         // The external parsed entities are offered to the host through the document.
         for (const auto& [name, entity] : m_dtd->getExternalGEContents()) {
             if (entity) document.SetParsedEntity(name, *entity);

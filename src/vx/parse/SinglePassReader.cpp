@@ -55,10 +55,11 @@ bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root) {
         // pos is at the "<" of element's start tag. The nesting limit is the productions' to
         // raise, at the same depth.
         const int nameStart = pos + 1;
+        int nameEnd = nameStart;
         bool empty = false;
-        if (!ReadStartTag(pos, *element, empty)) return false;
+        if (!ReadStartTag(pos, *element, nameEnd, empty)) return false;
         if (m_parser.m_depth + static_cast<int>(open.size()) >= GetNestingLimit()) return false;
-        if (!empty) open.push_back({element, nameStart, CParseName::Scan(m_src, nameStart)});
+        if (!empty) open.push_back({element, nameStart, nameEnd});
         element = nullptr;
         while (!element) {
             if (open.empty()) {
@@ -89,9 +90,9 @@ bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root) {
     }
 }
 
-bool CSinglePassReader::ReadStartTag(int& pos, CXmlElement& element, bool& empty) {
+bool CSinglePassReader::ReadStartTag(int& pos, CXmlElement& element, int& nameEnd, bool& empty) {
     const int nameStart = pos + 1;
-    const int nameEnd = CParseName::Scan(m_src, nameStart);
+    nameEnd = CParseName::Scan(m_src, nameStart);
     if (nameEnd == nameStart) return false;
     element.SetName(ElementNameCache().Intern(m_src.c_str() + nameStart, nameEnd - nameStart));
     int next = nameEnd;

@@ -37,8 +37,9 @@ class CSinglePassReader {
     };
 
     bool Read(int pos, int& end, CXmlElement& root);
-    // "<" Name (S Attribute)* S? and ">" or "/>", from pos at the "<" to after the tag.
-    bool ReadStartTag(int& pos, CXmlElement& element, bool& empty);
+    // "<" Name (S Attribute)* S? and ">" or "/>", from pos at the "<" to after the tag;
+    // nameEnd is where the name ends.
+    bool ReadStartTag(int& pos, CXmlElement& element, int& nameEnd, bool& empty);
     bool ReadAttribute(int nameStart, int nameEnd, CXmlElement& element, int& pos);
     bool ReadAttValue(int first, int close, CVelStrW& value);
     bool IsDuplicate(const CXmlElement& element, const CVelStrW& name);

@@ -95,24 +95,31 @@ bool CSinglePassReader::ReadStartTag(int& pos, CXmlElement& element, int& nameEn
     nameEnd = CParseName::Scan(m_src, nameStart);
     if (nameEnd == nameStart) return false;
     element.SetName(ElementNameCache().Intern(m_src.c_str() + nameStart, nameEnd - nameStart));
+    m_attributes.clear();
     int next = nameEnd;
     while (true) {
         const int attribute = SkipWhiteSpace(m_src, next);
         if (attribute == next) break;
         const int attributeEnd = CParseName::Scan(m_src, attribute);
         if (attributeEnd == attribute) break;
-        if (!ReadAttribute(attribute, attributeEnd, element, next)) return false;
+        if (!ReadAttribute(attribute, attributeEnd, next)) return false;
     }
     next = SkipWhiteSpace(m_src, next);
     empty = m_src.MatchAt(next, Keywords().emptyTagClose);
     if (!empty && !IsCharAt(m_src, next, u'>')) return false;
     pos = next + (empty ? 2 : 1);
+    element.ReserveAtt(static_cast<int>(m_attributes.size()));
+    for (const CPendingAttribute& attribute : m_attributes) {
+        CXmlAttribute& node = element.AppendAtt();
+        node.SetName(attribute.name);
+        node.SetValue(attribute.value);
+    }
     return true;
 }
 
 // An attribute without "=" or without a quoted value is the productions' (a diagnostic, or the
 // lenient empty value).
-bool CSinglePassReader::ReadAttribute(int nameStart, int nameEnd, CXmlElement& element, int& pos) {
+bool CSinglePassReader::ReadAttribute(int nameStart, int nameEnd, int& pos) {
     int next = SkipWhiteSpace(m_src, nameEnd);
     if (!AcceptChar(m_src, next, u'=')) return false;
     next = SkipWhiteSpace(m_src, next);
@@ -120,31 +127,29 @@ bool CSinglePassReader::ReadAttribute(int nameStart, int nameEnd, CXmlElement& e
     if (literal.state != CDelimitedRun::eFound) return false;
     const CVelStrW name =
         AttributeNameCache().Intern(m_src.c_str() + nameStart, nameEnd - nameStart);
-    if (IsDuplicate(element, name)) return false;
+    if (IsDuplicate(name)) return false;
     CVelStrW value;
     if (!ReadAttValue(literal.first, literal.close, value)) return false;
-    CXmlAttribute& node = element.AppendAtt();
-    node.SetName(name);
-    node.SetValue(value);
+    m_attributes.push_back({name, value});
     pos = literal.close + 1;
     return true;
 }
 
 // A scan is cheapest for the usual few attributes; past kScanLimit the names go into a set, so
 // that a tag with very many stays linear.
-bool CSinglePassReader::IsDuplicate(const CXmlElement& element, const CVelStrW& name) {
-    constexpr int kScanLimit = 16;
-    const int count = element.GetAttCount();
+bool CSinglePassReader::IsDuplicate(const CVelStrW& name) {
+    constexpr std::size_t kScanLimit = 16;
+    const std::size_t count = m_attributes.size();
     if (count < kScanLimit) {
-        for (int i = 0; i < count; ++i) {
-            if (element.GetAttAt(i).GetName() == name) return true;
+        for (const CPendingAttribute& earlier : m_attributes) {
+            if (earlier.name == name) return true;
         }
         return false;
     }
     if (count == kScanLimit) {
         m_seenNames.clear();
-        for (int i = 0; i < count; ++i)
-            m_seenNames.insert(element.GetAttAt(i).GetName());
+        for (const CPendingAttribute& earlier : m_attributes)
+            m_seenNames.insert(earlier.name);
     }
     return !m_seenNames.insert(name).second;
 }

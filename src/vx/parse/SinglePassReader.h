@@ -5,6 +5,7 @@
 // external entities, nesting at the limit) it gives up and the productions read the text.
 #include <cstdint>
 #include <unordered_set>
+#include <vector>
 
 #include "vx/text/VelStr.h"
 
@@ -36,13 +37,19 @@ class CSinglePassReader {
         CVelStrW name;                         // eInternal
     };
 
+    // An attribute read, before its element takes the tag's attributes at once.
+    struct CPendingAttribute {
+        CVelStrW name;
+        CVelStrW value;
+    };
+
     bool Read(int pos, int& end, CXmlElement& root);
     // "<" Name (S Attribute)* S? and ">" or "/>", from pos at the "<" to after the tag;
     // nameEnd is where the name ends.
     bool ReadStartTag(int& pos, CXmlElement& element, int& nameEnd, bool& empty);
-    bool ReadAttribute(int nameStart, int nameEnd, CXmlElement& element, int& pos);
+    bool ReadAttribute(int nameStart, int nameEnd, int& pos);
     bool ReadAttValue(int first, int close, CVelStrW& value);
-    bool IsDuplicate(const CXmlElement& element, const CVelStrW& name);
+    bool IsDuplicate(const CVelStrW& name);
     // "</" Name S? ">" closing the element whose name stands at source[nameStart, nameEnd).
     bool ReadEndTag(int& pos, int nameStart, int nameEnd);
     // Anything at pos ("<" there) other than a tag: CDATA section, comment or PI.
@@ -53,7 +60,8 @@ class CSinglePassReader {
 
     CParse& m_parser;
     const CVelStrW& m_src;
-    std::unordered_set<CVelStrW> m_seenNames;  // of a tag with many attributes
+    std::vector<CPendingAttribute> m_attributes;  // of the tag being read
+    std::unordered_set<CVelStrW> m_seenNames;     // of a tag with many attributes
 };
 
 }  // namespace vx

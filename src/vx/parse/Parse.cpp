@@ -80,12 +80,14 @@ CXmlDocument* CParse::ParseForBuf(CVelStrW text, CVelStr fileName) {
         SetSource(std::move(text));
         m_readTarget = &document->GetRootElement();
         m_rootRead = false;
+        m_readTails.clear();
         if (Interpreter() == m_source.GetLength()) {
             if (!MakeXmlTree(*document)) AddError(CParseError::eErrMakeTree);
         } else {
             AddError(CParseError::eErrParseStopped);
             // The productions would have built no tree.
             if (m_rootRead) CSinglePassReader::Discard(*m_readTarget);
+            m_readTails.clear();
         }
         m_readTarget = nullptr;
         document->SetErrList(GetErrList());
@@ -110,16 +112,24 @@ int CParse::MatchDocument() {
         if (TryMatch(m_doctypeMisc, *this, pos)) end = pos;
     }
     int rootEnd = pos;
-    if (!ReadRoot(pos, rootEnd) && !m_root.Interpreter(*this, pos, rootEnd)) return end;
+    bool matched = true;
+    if (ReadRoot(pos, rootEnd, matched)) {
+        if (!matched) return end;
+    } else if (!m_root.Interpreter(*this, pos, rootEnd)) {
+        return end;
+    }
     end = pos = rootEnd;
     if (TryMatch(m_trailingMisc, *this, pos)) end = pos;
     return end;
 }
 
-bool CParse::ReadRoot(int start, int& end) {
+bool CParse::ReadRoot(int start, int& end, bool& matched) {
     if (!m_readTarget || m_recordSuppressed || !IsSinglePassReadingEnabled()) return false;
-    m_rootRead = CSinglePassReader(*this).ReadElement(start, end, *m_readTarget);
-    return m_rootRead;
+    const CSinglePassReader::eResult result =
+        CSinglePassReader(*this).ReadElement(start, end, *m_readTarget);
+    m_rootRead = result == CSinglePassReader::eRead;
+    matched = m_rootRead;
+    return result != CSinglePassReader::eRefused;
 }
 
 void CParse::AddError(CParseError::eError code) {

@@ -21,23 +21,25 @@ void AppendText(CXmlListContainer& target, const CVelStrW& text) {
     target.PushBack(std::make_unique<Node>(nullptr))->SetText(text);
 }
 
-// An element whose content is being read, with where its name stands in the source.
-struct COpenElement {
-    CXmlElement* element;
-    int nameStart;
-    int nameEnd;
-};
-
 }  // namespace
 
 CSinglePassReader::CSinglePassReader(CParse& parser) : m_parser(parser), m_src(parser.Source()) {}
 
-bool CSinglePassReader::ReadElement(int start, int& end, CXmlElement& element) {
+CSinglePassReader::eResult CSinglePassReader::ReadElement(int start, int& end,
+                                                          CXmlElement& element) {
     const std::int64_t expansion = m_parser.m_expansion;
-    if (Read(start, end, element)) return true;
+    const int level = m_parser.m_depth;
+    int stop = start;
+    if (Read(start, end, element, stop)) return eRead;
+    if (m_open.empty()) {
+        Discard(element);
+        m_parser.m_expansion = expansion;
+        return eRefused;
+    }
+    if (HandOver(stop, end, level)) return eRead;
     Discard(element);
-    m_parser.m_expansion = expansion;
-    return false;
+    m_parser.m_readTails.clear();
+    return eFailed;
 }
 
 void CSinglePassReader::Discard(CXmlElement& element) {
@@ -45,42 +47,53 @@ void CSinglePassReader::Discard(CXmlElement& element) {
 }
 
 // Content is CharData? ((element | Reference | CDSect | PI | Comment) CharData?)*, read with an
-// explicit stack of open elements instead of recursion.
-bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root) {
+// explicit stack of open elements instead of recursion. False with stop where the item that
+// the reader does not take begins; m_open then holds the elements around it.
+bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root, int& stop) {
     const int length = m_src.GetLength();
     if (!IsCharAt(m_src, pos, u'<')) return false;
-    std::vector<COpenElement> open;
+    m_open.clear();
     CXmlElement* element = &root;
     while (true) {
         // pos is at the "<" of element's start tag. The nesting limit is the productions' to
         // raise, at the same depth.
-        const int nameStart = pos + 1;
-        int nameEnd = nameStart;
+        COpenElement tag{element, pos, pos + 1, pos + 1};
+        const std::int64_t expansion = m_parser.m_expansion;
         bool empty = false;
-        if (!ReadStartTag(pos, *element, nameEnd, empty)) return false;
-        if (m_parser.m_depth + static_cast<int>(open.size()) >= GetNestingLimit()) return false;
-        if (!empty) open.push_back({element, nameStart, nameEnd});
+        if (!ReadStartTag(pos, *element, tag.nameEnd, empty) ||
+            m_parser.m_depth + static_cast<int>(m_open.size()) >= GetNestingLimit()) {
+            // The productions read the tag again, and charge its references again.
+            m_parser.m_expansion = expansion;
+            if (!m_open.empty()) {
+                CXmlListContainer& siblings = m_open.back().element->GetChildren();
+                siblings.Erase(siblings.GetSize() - 1);
+            }
+            stop = tag.tagStart;
+            return false;
+        }
+        if (!empty) m_open.push_back(tag);
         element = nullptr;
         while (!element) {
-            if (open.empty()) {
+            if (m_open.empty()) {
                 end = pos;
                 return true;
             }
-            CXmlListContainer& children = open.back().element->GetChildren();
+            CXmlListContainer& children = m_open.back().element->GetChildren();
             const int textEnd = CParseCharData::Scan(m_src, pos);
             if (textEnd > pos) {
                 AppendText<CXmlCData>(children,
                                       m_parser.Texts().Get(m_src.c_str() + pos, textEnd - pos));
                 pos = textEnd;
             }
+            stop = pos;
             if (pos + 1 >= length) return false;
             if (m_src[pos] == u'&') {
                 if (!ReadReference(pos, children)) return false;
             } else if (m_src[pos] != u'<') {
                 return false;  // "]]>" ends the content where no end tag stands
             } else if (m_src[pos + 1] == u'/') {
-                if (!ReadEndTag(pos, open.back().nameStart, open.back().nameEnd)) return false;
-                open.pop_back();
+                if (!ReadEndTag(pos, m_open.back().nameStart, m_open.back().nameEnd)) return false;
+                m_open.pop_back();
             } else if (m_src[pos + 1] == u'!' || m_src[pos + 1] == u'?') {
                 if (!ReadMarkup(pos, children)) return false;
             } else {
@@ -88,6 +101,41 @@ bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root) {
             }
         }
     }
+}
+
+// The productions go on from pos, where the reader stopped, as they would have: the rest of
+// each open element's content, innermost first, then its end tag. The content they match is
+// kept for the tree builder, which appends it after what the reader built. An element that
+// fails ends its parent's content where it began, so every enclosing one fails in turn.
+bool CSinglePassReader::HandOver(int pos, int& end, int level) {
+    bool failed = false;
+    while (!m_open.empty()) {
+        const COpenElement open = m_open.back();
+        m_open.pop_back();
+        const int depth = level + static_cast<int>(m_open.size()) + 1;
+        const CParse::CDepthAt inside(m_parser, depth);
+        int contentEnd = pos;
+        if (!failed) {
+            auto content = std::make_unique<CParseContent>();
+            if (TryMatch(*content, m_parser, contentEnd)) {
+                m_parser.m_readTails.push_back({open.element, depth, std::move(content)});
+            }
+        }
+        CParseETag eTag;
+        int eTagEnd = contentEnd;
+        failed = true;
+        if (!eTag.Interpreter(m_parser, contentEnd, eTagEnd)) {
+            Fail(m_parser, CParseError::eErrNoETag, eTagEnd, eTagEnd);
+        } else if (eTag.GetName() != open.element->GetName()) {
+            // A missing end tag has an empty name and lands here too: code 29, as ever.
+            Fail(m_parser, CParseError::eErrTagMismatch, contentEnd, eTagEnd);
+        } else {
+            failed = false;
+        }
+        pos = failed ? open.tagStart : eTagEnd;
+    }
+    end = pos;
+    return !failed;
 }
 
 bool CSinglePassReader::ReadStartTag(int& pos, CXmlElement& element, int& nameEnd, bool& empty) {

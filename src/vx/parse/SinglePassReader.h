@@ -1,8 +1,9 @@
 #pragma once
 // The root element read in one pass, straight into document nodes, with no production objects.
 // It takes only text that the productions and the tree builder would take without a diagnostic,
-// and builds what they would build; on anything else (a construct that could be reported,
-// external entities, nesting at the limit) it gives up and the productions read the text.
+// and builds what they would build. At anything else (a construct that could be reported,
+// external entities, nesting at the limit) it stops and the productions read the rest of the
+// element as they would have, from there; at the root's own start tag, all of it.
 #include <cstdint>
 #include <unordered_set>
 #include <vector>
@@ -19,9 +20,14 @@ class CSinglePassReader {
   public:
     explicit CSinglePassReader(CParse& parser);
 
-    // Reads the element at start into element (a fresh one); true with end after it. False with
-    // element emptied again and the parser as it was, for the productions to read it instead.
-    bool ReadElement(int start, int& end, CXmlElement& element);
+    enum eResult {
+        eRead,     // element holds it, end is after it; the parser keeps what the productions
+                   // matched of it for the tree builder
+        eFailed,   // the productions found it malformed and reported it; element is empty
+        eRefused,  // element is empty and the parser as it was: the productions read it all
+    };
+    // Reads the element at start into element (a fresh one).
+    eResult ReadElement(int start, int& end, CXmlElement& element);
     // Gives element back the state of a fresh one.
     static void Discard(CXmlElement& element);
 
@@ -43,7 +49,16 @@ class CSinglePassReader {
         CVelStrW value;
     };
 
-    bool Read(int pos, int& end, CXmlElement& root);
+    // An element whose content is being read, with where its start tag and name stand.
+    struct COpenElement {
+        CXmlElement* element;
+        int tagStart;
+        int nameStart;
+        int nameEnd;
+    };
+
+    bool Read(int pos, int& end, CXmlElement& root, int& stop);
+    bool HandOver(int pos, int& end, int level);
     // "<" Name (S Attribute)* S? and ">" or "/>", from pos at the "<" to after the tag;
     // nameEnd is where the name ends.
     bool ReadStartTag(int& pos, CXmlElement& element, int& nameEnd, bool& empty);
@@ -60,6 +75,7 @@ class CSinglePassReader {
 
     CParse& m_parser;
     const CVelStrW& m_src;
+    std::vector<COpenElement> m_open;
     std::vector<CPendingAttribute> m_attributes;  // of the tag being read
     std::unordered_set<CVelStrW> m_seenNames;     // of a tag with many attributes
 };

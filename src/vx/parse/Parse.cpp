@@ -81,15 +81,21 @@ CXmlDocument* CParse::ParseForBuf(CVelStrW text, CVelStr fileName) {
         m_readTarget = &document->GetRootElement();
         m_rootRead = false;
         m_readTails.clear();
+        // Nothing may point into the document once it is handed on, or deleted by an exception.
+        struct CForget {
+            CParse& parser;
+            ~CForget() {
+                parser.m_readTarget = nullptr;
+                parser.m_readTails.clear();
+            }
+        } forget{*this};
         if (Interpreter() == m_source.GetLength()) {
             if (!MakeXmlTree(*document)) AddError(CParseError::eErrMakeTree);
         } else {
             AddError(CParseError::eErrParseStopped);
             // The productions would have built no tree.
             if (m_rootRead) CSinglePassReader::Discard(*m_readTarget);
-            m_readTails.clear();
         }
-        m_readTarget = nullptr;
         document->SetErrList(GetErrList());
         return document.release();
     });

@@ -130,7 +130,11 @@ int CParse::MatchDocument() {
 }
 
 bool CParse::ReadRoot(int start, int& end, bool& matched) {
-    if (!m_readTarget || m_recordSuppressed || !IsSinglePassReadingEnabled()) return false;
+    // While a log file is open the tree builder logs every element it fills; the reader, which
+    // fills them itself, would not.
+    if (!m_readTarget || m_recordSuppressed || !IsSinglePassReadingEnabled() || vel::MayLog()) {
+        return false;
+    }
     const CSinglePassReader::eResult result =
         CSinglePassReader(*this).ReadElement(start, end, *m_readTarget);
     m_rootRead = result == CSinglePassReader::eRead;

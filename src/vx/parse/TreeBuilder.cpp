@@ -103,6 +103,12 @@ bool CParse::BuildReadTails() {
     for (CReadTail& tail : m_readTails) {
         const CDepthAt inside(*this, tail.depth);
         if (!SetElementContentInfo(&tail.element->GetChildren(), tail.content.get())) {
+            // The element is unfinished, and so is each around it: taken out, but the root.
+            for (CXmlElement* element = tail.element; element != m_readTarget;) {
+                auto* siblings = static_cast<CXmlListContainer*>(element->GetParent());
+                element = static_cast<CXmlElement*>(siblings->GetParent());
+                siblings->Erase(siblings->GetSize() - 1);
+            }
             return false;
         }
         tail.content.reset();

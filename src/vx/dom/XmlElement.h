@@ -8,6 +8,7 @@
 namespace vx {
 
 class CParse;
+class CSinglePassReader;
 
 class CXmlElement : public CXmlTextObject {
   public:
@@ -75,6 +76,7 @@ class CXmlElement : public CXmlTextObject {
     // The tree builder appends attributes whose names the parser has already found distinct,
     // without the search of SetAtt, so that a tag with very many attributes stays linear.
     friend class CParse;
+    friend class CSinglePassReader;
     // Appends an empty attribute of this element, for the caller to fill (assignment keeps its
     // parent); amortised constant time.
     CXmlAttribute& AppendAtt();

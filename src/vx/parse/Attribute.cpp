@@ -17,17 +17,22 @@ bool CParseChars::Interpreter(CParse& parser, int start, int& end) {
     return true;
 }
 
-bool CParseName::Interpreter(CParse& parser, int start, int& end) {
-    const CVelStrW& src = parser.Source();
+int CParseName::Scan(const CVelStrW& src, int start) {
     const int length = src.GetLength();
-    m_name.Clear();
-    if (start >= length) return Absent(start, end);
+    if (start >= length) return start;
     const char16_t first = src[start];
-    if (!IsLetter(first) && first != u'_' && first != u':') return Absent(start, end);
-    end = start + 1;
+    if (!IsLetter(first) && first != u'_' && first != u':') return start;
+    int end = start + 1;
     while (end < length && IsNameChar(src[end]))
         ++end;
-    m_name = NameCache().Intern(src.c_str() + start, end - start);
+    return end;
+}
+
+bool CParseName::Interpreter(CParse& parser, int start, int& end) {
+    const CVelStrW& src = parser.Source();
+    m_name.Clear();
+    end = Scan(src, start);
+    if (end > start) m_name = NameCache().Intern(src.c_str() + start, end - start);
     return true;
 }
 

@@ -8,13 +8,18 @@ namespace vx {
 
 // ---- character data ----
 
-bool CParseCharData::Interpreter(CParse& parser, int start, int& end) {
-    const CVelStrW& src = parser.Source();
+int CParseCharData::Scan(const CVelStrW& src, int start) {
     const int length = src.GetLength();
-    end = FindUnit(src.c_str(), start, length, u'<', u'&', u']');
+    int end = FindUnit(src.c_str(), start, length, u'<', u'&', u']');
     // A "]" ends the run only where "]]>" begins.
     while (end < length && src[end] == u']' && !src.MatchAt(end, Keywords().cdataClose))
         end = FindUnit(src.c_str(), end + 1, length, u'<', u'&', u']');
+    return end;
+}
+
+bool CParseCharData::Interpreter(CParse& parser, int start, int& end) {
+    const CVelStrW& src = parser.Source();
+    end = Scan(src, start);
     if (end > start) m_text = parser.Texts().Get(src.c_str() + start, end - start);
     return true;
 }
@@ -106,9 +111,7 @@ bool CParseCharRef::Interpreter(CParse& parser, int start, int& end) {
     const bool hex = src.MatchAt(start, Keywords().hexCharRefOpen);
     if (!hex && !src.MatchAt(start, Keywords().charRefOpen)) return Absent(start, end);
     const int first = start + (hex ? 3 : 2);
-    int pos = first;
-    while (pos < src.GetLength() && (hex ? IsHexDigit(src[pos]) : IsDecimalDigit(src[pos])))
-        ++pos;
+    const int pos = ScanDigits(src, first, hex);
     // A reference cut off by the end of the source is absent, not an error (deliberate).
     if (pos == src.GetLength()) return Absent(start, end);
     if (src[pos] != u';' || pos == first) return Fail(parser, CParseError::eErrCharRef, pos, end);
@@ -118,22 +121,33 @@ bool CParseCharRef::Interpreter(CParse& parser, int start, int& end) {
     return true;
 }
 
+int CParseCharRef::ScanDigits(const CVelStrW& src, int first, bool hex) {
+    int pos = first;
+    while (pos < src.GetLength() && (hex ? IsHexDigit(src[pos]) : IsDecimalDigit(src[pos])))
+        ++pos;
+    return pos;
+}
+
 CVelStrW CParseCharRef::ToStr() const {
     char16_t unit = 0;
     return ToUnits(unit) ? CVelStrW(unit) : CVelStrW();
 }
 
 int CParseCharRef::ToUnits(char16_t& unit) const {
-    if (m_digits.IsEmpty()) return 0;
-    const bool hex = m_digits[0] == u'x';
+    return DigitsToUnits(m_digits.c_str(), m_digits.GetLength(), unit);
+}
+
+int CParseCharRef::DigitsToUnits(const char16_t* digits, int length, char16_t& unit) {
+    if (length == 0) return 0;
+    const bool hex = digits[0] == u'x';
     // The digits were checked when matched, so this reads them as strtol would, without the
     // narrow copy; and as a 32-bit long would, larger values saturate.
     constexpr long kMax = 0x7FFFFFFF;
     long value = 0;
-    for (int i = hex ? 1 : 0; i < m_digits.GetLength(); ++i) {
-        const char16_t digit = m_digits[i];
-        const int unit = digit <= u'9' ? digit - u'0' : (digit | 0x20) - u'a' + 10;
-        value = std::min(value * (hex ? 16 : 10) + unit, kMax);
+    for (int i = hex ? 1 : 0; i < length; ++i) {
+        const char16_t digit = digits[i];
+        const int unitValue = digit <= u'9' ? digit - u'0' : (digit | 0x20) - u'a' + 10;
+        value = std::min(value * (hex ? 16 : 10) + unitValue, kMax);
     }
     if (value == 0) return 0;
     unit = static_cast<char16_t>(value & 0xFFFF);

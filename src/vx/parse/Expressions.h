@@ -137,6 +137,8 @@ class CParseName : public CAbstractExpression {
     static bool IsExtender(char16_t ch) { return chars::IsExtender(ch); }
     static bool IsLetter(char16_t ch) { return chars::IsLetter(ch); }
     static bool IsNameChar(char16_t ch) { return chars::IsNameChar(ch); }
+    // The end of the name at start in src, or start when none begins there.
+    static int Scan(const CVelStrW& src, int start);
 
   private:
     CVelStrW m_name;
@@ -267,6 +269,8 @@ class CParseCharData : public CAbstractExpression {
     bool Interpreter(CParse& parser, int start, int& end) override;
     eParseClassType GetClassType() const override { return eParseCharData; }
     CVelStrW GetCharData() const { return m_text; }
+    // The end of the run of character data at start in src (start when there is none).
+    static int Scan(const CVelStrW& src, int start);
 
   private:
     CVelStrW m_text;
@@ -325,6 +329,10 @@ class CParseCharRef : public CAbstractExpression {
     CVelStrW ToStr() const;
     // The same as units: 1 with the character in unit, or 0.
     int ToUnits(char16_t& unit) const;
+    // The same for checked digits ("x" and hexadecimal ones, or decimal ones).
+    static int DigitsToUnits(const char16_t* digits, int length, char16_t& unit);
+    // The end of the hexadecimal or decimal digits at first in src.
+    static int ScanDigits(const CVelStrW& src, int first, bool hex);
 
   private:
     CVelStrW m_digits;  // "x" and the digits for a hexadecimal reference

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "vx/dom/XmlDocument.h"
+#include "vx/parse/SinglePassReader.h"
 #include "vx/platform/File.h"
 #include "vx/platform/Package.h"
 
@@ -77,10 +78,23 @@ CXmlDocument* CParse::ParseForBuf(CVelStrW text, CVelStr fileName) {
         m_fileName = std::move(fileName);
         NormalizeRetCode(text);
         SetSource(std::move(text));
+        m_readTarget = &document->GetRootElement();
+        m_rootRead = false;
+        m_readTails.clear();
+        // Nothing may point into the document once it is handed on, or deleted by an exception.
+        struct CForget {
+            CParse& parser;
+            ~CForget() {
+                parser.m_readTarget = nullptr;
+                parser.m_readTails.clear();
+            }
+        } forget{*this};
         if (Interpreter() == m_source.GetLength()) {
             if (!MakeXmlTree(*document)) AddError(CParseError::eErrMakeTree);
         } else {
             AddError(CParseError::eErrParseStopped);
+            // The productions would have built no tree.
+            if (m_rootRead) CSinglePassReader::Discard(*m_readTarget);
         }
         document->SetErrList(GetErrList());
         return document.release();
@@ -104,10 +118,28 @@ int CParse::MatchDocument() {
         if (TryMatch(m_doctypeMisc, *this, pos)) end = pos;
     }
     int rootEnd = pos;
-    if (!m_root.Interpreter(*this, pos, rootEnd)) return end;
+    bool matched = true;
+    if (ReadRoot(pos, rootEnd, matched)) {
+        if (!matched) return end;
+    } else if (!m_root.Interpreter(*this, pos, rootEnd)) {
+        return end;
+    }
     end = pos = rootEnd;
     if (TryMatch(m_trailingMisc, *this, pos)) end = pos;
     return end;
+}
+
+bool CParse::ReadRoot(int start, int& end, bool& matched) {
+    // While a log file is open the tree builder logs every element it fills; the reader, which
+    // fills them itself, would not.
+    if (!m_readTarget || m_recordSuppressed || !IsSinglePassReadingEnabled() || vel::MayLog()) {
+        return false;
+    }
+    const CSinglePassReader::eResult result =
+        CSinglePassReader(*this).ReadElement(start, end, *m_readTarget);
+    m_rootRead = result == CSinglePassReader::eRead;
+    matched = m_rootRead;
+    return result != CSinglePassReader::eRefused;
 }
 
 void CParse::AddError(CParseError::eError code) {

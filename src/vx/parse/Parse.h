@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "vx/diag/ParseError.h"
 #include "vx/parse/Expressions.h"
@@ -108,7 +109,33 @@ class CParse {
         CParse& m_parser;
     };
 
+    // Sets the element nesting depth for one scope, where the productions take over from the
+    // single-pass reader inside an element.
+    class CDepthAt {
+      public:
+        CDepthAt(CParse& parser, int depth) : m_parser(parser), m_saved(parser.m_depth) {
+            m_parser.m_depth = depth;
+        }
+        ~CDepthAt() { m_parser.m_depth = m_saved; }
+        CDepthAt(const CDepthAt&) = delete;
+        CDepthAt& operator=(const CDepthAt&) = delete;
+
+      private:
+        CParse& m_parser;
+        int m_saved;
+    };
+
   private:
+    friend class CSinglePassReader;
+
+    // The rest of an element's content, matched by the productions after the single-pass
+    // reader stopped inside it: the tree builder appends it to the element.
+    struct CReadTail {
+        CXmlElement* element;
+        int depth;  // of the element's content
+        std::unique_ptr<CParseContent> content;
+    };
+
     // The shape of every public operation: a logged scope, and the guard that logs an
     // exception on its way to the host.
     template <class Body>
@@ -133,6 +160,10 @@ class CParse {
     // only user): the recursion passes through the logged wrappers for every element.
     inline bool FillElement(CXmlElement& element, CParseElement& source);
     inline bool FillContent(CXmlListContainer* target, CParseContent* content);
+    // The root element through the single-pass reader, into the document ParseForBuf fills;
+    // false when the productions are to read it.
+    bool ReadRoot(int start, int& end, bool& matched);
+    bool BuildReadTails();
     bool AppendItem(CXmlListContainer& target, CAbstractExpression& item);
     bool AppendElement(CXmlListContainer& target, CParseElement& source);
     bool AppendReference(CXmlListContainer& target, const CParseReference& reference);
@@ -152,6 +183,9 @@ class CParse {
     int m_depth = 0;
     std::int64_t m_expansion = 0;  // units charged by ChargeExpansion
     CShortTextCache m_texts;
+    CXmlElement* m_readTarget = nullptr;  // the root of the document ParseForBuf fills
+    bool m_rootRead = false;              // m_readTarget holds the root, read in one pass
+    std::vector<CReadTail> m_readTails;   // what the productions matched of it, in order
 };
 
 }  // namespace vx

@@ -51,7 +51,11 @@ bool CParse::MakeXmlTree(CXmlDocument& document) {
         if (m_xmlDecl.GetEncording(value)) document.SetEncoding(value);
         // GetStandard finds nothing in an accepted declaration, so standalone never arrives.
         if (m_xmlDecl.GetStandard(value)) document.SetStandard(value);
-        const bool built = SetElementInfo(document.GetRootElement(), m_root);
+        // The single-pass reader has built the root in place already, but for what the
+        // productions matched after it stopped.
+        const bool built = m_rootRead && m_readTarget == &document.GetRootElement()
+                               ? BuildReadTails()
+                               : SetElementInfo(document.GetRootElement(), m_root);
         // The external parsed entities are offered to the host through the document.
         for (const auto& [name, entity] : m_dtd->getExternalGEContents()) {
             if (entity) document.SetParsedEntity(name, *entity);
@@ -90,6 +94,25 @@ bool CParse::MakeXmlTree(CXmlDocument& document) {
     if (source.GetForm() == CParseElement::eEmptyElemTag) return true;
     if (!SetElementContentInfo(&element.GetChildren(), source.GetContent())) return false;
     source.ClearContent();
+    return true;
+}
+
+// In document order, as SetElementInfo would have come to each; the first failure ends the tree
+// there.
+bool CParse::BuildReadTails() {
+    for (CReadTail& tail : m_readTails) {
+        const CDepthAt inside(*this, tail.depth);
+        if (!SetElementContentInfo(&tail.element->GetChildren(), tail.content.get())) {
+            // The element is unfinished, and so is each around it: taken out, but the root.
+            for (CXmlElement* element = tail.element; element != m_readTarget;) {
+                auto* siblings = static_cast<CXmlListContainer*>(element->GetParent());
+                element = static_cast<CXmlElement*>(siblings->GetParent());
+                siblings->Erase(siblings->GetSize() - 1);
+            }
+            return false;
+        }
+        tail.content.reset();
+    }
     return true;
 }
 

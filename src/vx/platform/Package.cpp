@@ -13,6 +13,7 @@ std::mutex g_finalizerMutex;
 std::atomic<int> g_nestingLimit{kDefaultNestingLimit};
 std::atomic<std::int64_t> g_expansionLimit{kDefaultExpansionLimit};
 std::atomic<bool> g_externalLoading{true};
+std::atomic<bool> g_singlePassReading{true};
 
 std::vector<void (*)()>& Finalizers() {  // guarded by g_finalizerMutex
     static std::vector<void (*)()> finalizers;
@@ -71,6 +72,14 @@ void SetExternalLoading(bool enabled) {
 
 bool IsExternalLoadingEnabled() {
     return g_externalLoading.load();
+}
+
+void SetSinglePassReading(bool enabled) {
+    g_singlePassReading.store(enabled);
+}
+
+bool IsSinglePassReadingEnabled() {
+    return g_singlePassReading.load();
 }
 
 }  // namespace vx

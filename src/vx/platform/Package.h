@@ -33,4 +33,10 @@ std::int64_t GetExpansionLimit();
 void SetExternalLoading(bool enabled);
 bool IsExternalLoadingEnabled();
 
+// On by default: the root element and what follows it are read in one pass straight into the
+// document, and the grammar's own productions read only what that pass cannot take exactly.
+// Off, the productions read everything. The result is the same either way.
+void SetSinglePassReading(bool enabled);
+bool IsSinglePassReadingEnabled();
+
 }  // namespace vx

@@ -1,0 +1,323 @@
+#include "vx/parse/SinglePassReader.h"
+
+#include <memory>
+#include <vector>
+
+#include "vx/dom/NameCache.h"
+#include "vx/dom/XmlCharData.h"
+#include "vx/dom/XmlDtd.h"
+#include "vx/dom/XmlElement.h"
+#include "vx/parse/Expressions.h"
+#include "vx/parse/Parse.h"
+#include "vx/parse/ReferenceExpansion.h"
+#include "vx/platform/Package.h"
+
+namespace vx {
+
+namespace {
+
+template <class Node>
+void AppendText(CXmlListContainer& target, const CVelStrW& text) {
+    target.PushBack(std::make_unique<Node>(nullptr))->SetText(text);
+}
+
+}  // namespace
+
+CSinglePassReader::CSinglePassReader(CParse& parser) : m_parser(parser), m_src(parser.Source()) {}
+
+CSinglePassReader::eResult CSinglePassReader::ReadElement(int start, int& end,
+                                                          CXmlElement& element) {
+    const std::int64_t expansion = m_parser.m_expansion;
+    const int level = m_parser.m_depth;
+    int stop = start;
+    if (Read(start, end, element, stop)) return eRead;
+    if (m_open.empty()) {
+        Discard(element);
+        m_parser.m_expansion = expansion;
+        return eRefused;
+    }
+    if (HandOver(stop, end, level)) return eRead;
+    Discard(element);
+    m_parser.m_readTails.clear();
+    return eFailed;
+}
+
+void CSinglePassReader::Discard(CXmlElement& element) {
+    element = CXmlElement(nullptr);
+}
+
+// Content is CharData? ((element | Reference | CDSect | PI | Comment) CharData?)*, read with an
+// explicit stack of open elements instead of recursion. False with stop where the item that
+// the reader does not take begins; m_open then holds the elements around it.
+bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root, int& stop) {
+    const int length = m_src.GetLength();
+    if (!IsCharAt(m_src, pos, u'<')) return false;
+    m_open.clear();
+    CXmlElement* element = &root;
+    while (true) {
+        // pos is at the "<" of element's start tag. The nesting limit is the productions' to
+        // raise, at the same depth.
+        COpenElement tag{element, pos, pos + 1, pos + 1};
+        const std::int64_t expansion = m_parser.m_expansion;
+        bool empty = false;
+        if (!ReadStartTag(pos, *element, tag.nameEnd, empty) ||
+            m_parser.m_depth + static_cast<int>(m_open.size()) >= GetNestingLimit()) {
+            // The productions read the tag again, and charge its references again.
+            m_parser.m_expansion = expansion;
+            if (!m_open.empty()) {
+                CXmlListContainer& siblings = m_open.back().element->GetChildren();
+                siblings.Erase(siblings.GetSize() - 1);
+            }
+            stop = tag.tagStart;
+            return false;
+        }
+        if (!empty) m_open.push_back(tag);
+        element = nullptr;
+        while (!element) {
+            if (m_open.empty()) {
+                end = pos;
+                return true;
+            }
+            CXmlListContainer& children = m_open.back().element->GetChildren();
+            const int textEnd = CParseCharData::Scan(m_src, pos);
+            if (textEnd > pos) {
+                AppendText<CXmlCData>(children,
+                                      m_parser.Texts().Get(m_src.c_str() + pos, textEnd - pos));
+                pos = textEnd;
+            }
+            stop = pos;
+            if (pos + 1 >= length) return false;
+            if (m_src[pos] == u'&') {
+                if (!ReadReference(pos, children)) return false;
+            } else if (m_src[pos] != u'<') {
+                return false;  // "]]>" ends the content where no end tag stands
+            } else if (m_src[pos + 1] == u'/') {
+                if (!ReadEndTag(pos, m_open.back().nameStart, m_open.back().nameEnd)) return false;
+                m_open.pop_back();
+            } else if (m_src[pos + 1] == u'!' || m_src[pos + 1] == u'?') {
+                if (!ReadMarkup(pos, children)) return false;
+            } else {
+                element = children.PushBack(std::make_unique<CXmlElement>(nullptr));
+            }
+        }
+    }
+}
+
+// The productions go on from pos, where the reader stopped, as they would have: the rest of
+// each open element's content, innermost first, then its end tag. The content they match is
+// kept for the tree builder, which appends it after what the reader built. An element that
+// fails ends its parent's content where it began, so every enclosing one fails in turn.
+bool CSinglePassReader::HandOver(int pos, int& end, int level) {
+    bool failed = false;
+    while (!m_open.empty()) {
+        const COpenElement open = m_open.back();
+        m_open.pop_back();
+        const int depth = level + static_cast<int>(m_open.size()) + 1;
+        const CParse::CDepthAt inside(m_parser, depth);
+        int contentEnd = pos;
+        if (!failed) {
+            auto content = std::make_unique<CParseContent>();
+            if (TryMatch(*content, m_parser, contentEnd)) {
+                m_parser.m_readTails.push_back({open.element, depth, std::move(content)});
+            }
+        }
+        CParseETag eTag;
+        int eTagEnd = contentEnd;
+        failed = true;
+        if (!eTag.Interpreter(m_parser, contentEnd, eTagEnd)) {
+            Fail(m_parser, CParseError::eErrNoETag, eTagEnd, eTagEnd);
+        } else if (eTag.GetName() != open.element->GetName()) {
+            // A missing end tag has an empty name and lands here too: code 29, as ever.
+            Fail(m_parser, CParseError::eErrTagMismatch, contentEnd, eTagEnd);
+        } else {
+            failed = false;
+        }
+        pos = failed ? open.tagStart : eTagEnd;
+    }
+    end = pos;
+    return !failed;
+}
+
+bool CSinglePassReader::ReadStartTag(int& pos, CXmlElement& element, int& nameEnd, bool& empty) {
+    const int nameStart = pos + 1;
+    nameEnd = CParseName::Scan(m_src, nameStart);
+    if (nameEnd == nameStart) return false;
+    element.SetName(ElementNameCache().Intern(m_src.c_str() + nameStart, nameEnd - nameStart));
+    m_attributes.clear();
+    int next = nameEnd;
+    while (true) {
+        const int attribute = SkipWhiteSpace(m_src, next);
+        if (attribute == next) break;
+        const int attributeEnd = CParseName::Scan(m_src, attribute);
+        if (attributeEnd == attribute) break;
+        if (!ReadAttribute(attribute, attributeEnd, next)) return false;
+    }
+    next = SkipWhiteSpace(m_src, next);
+    empty = m_src.MatchAt(next, Keywords().emptyTagClose);
+    if (!empty && !IsCharAt(m_src, next, u'>')) return false;
+    pos = next + (empty ? 2 : 1);
+    element.ReserveAtt(static_cast<int>(m_attributes.size()));
+    for (const CPendingAttribute& attribute : m_attributes) {
+        CXmlAttribute& node = element.AppendAtt();
+        node.SetName(attribute.name);
+        node.SetValue(attribute.value);
+    }
+    return true;
+}
+
+// An attribute without "=" or without a quoted value is the productions' (a diagnostic, or the
+// lenient empty value).
+bool CSinglePassReader::ReadAttribute(int nameStart, int nameEnd, int& pos) {
+    int next = SkipWhiteSpace(m_src, nameEnd);
+    if (!AcceptChar(m_src, next, u'=')) return false;
+    next = SkipWhiteSpace(m_src, next);
+    const CDelimitedRun literal = MatchQuotedLiteral(m_src, next);
+    if (literal.state != CDelimitedRun::eFound) return false;
+    const CVelStrW name =
+        AttributeNameCache().Intern(m_src.c_str() + nameStart, nameEnd - nameStart);
+    if (IsDuplicate(name)) return false;
+    CVelStrW value;
+    if (!ReadAttValue(literal.first, literal.close, value)) return false;
+    m_attributes.push_back({name, value});
+    pos = literal.close + 1;
+    return true;
+}
+
+// A scan is cheapest for the usual few attributes; past kScanLimit the names go into a set, so
+// that a tag with very many stays linear.
+bool CSinglePassReader::IsDuplicate(const CVelStrW& name) {
+    constexpr std::size_t kScanLimit = 16;
+    const std::size_t count = m_attributes.size();
+    if (count < kScanLimit) {
+        for (const CPendingAttribute& earlier : m_attributes) {
+            if (earlier.name == name) return true;
+        }
+        return false;
+    }
+    if (count == kScanLimit) {
+        m_seenNames.clear();
+        for (const CPendingAttribute& earlier : m_attributes)
+            m_seenNames.insert(earlier.name);
+    }
+    return !m_seenNames.insert(name).second;
+}
+
+// source[first, close) between the quotes; each internal entity's text is charged against the
+// parse's allowance as the productions charge it.
+bool CSinglePassReader::ReadAttValue(int first, int close, CVelStrW& value) {
+    bool sawReference = false;
+    for (int pos = first;;) {
+        pos = FindUnit(m_src.c_str(), pos, close, u'<', u'&', u'&');
+        if (pos == close) break;
+        CReference reference;
+        if (m_src[pos] == u'<' || !MatchReference(pos, reference)) return false;
+        const int copied = reference.kind == CReference::eInternal
+                               ? m_parser.GetDtd()->getInternalGE(reference.name).GetLength()
+                               : 0;
+        if (!m_parser.ChargeExpansion(copied)) return false;
+        sawReference = true;
+        pos = reference.end;
+    }
+    if (!sawReference) {
+        value = AttributeValueCache().Intern(m_src.c_str() + first, close - first);
+        return true;
+    }
+    // Built on the heap: the cache keeps it, or it goes at once.
+    vel::CHeapScope heap;
+    CVelStrW expanded;
+    // Every reference was checked above, so the expansion cannot fail (nor log).
+    ConvertReferenceForString(expanded, m_src.SubStr(first, close - first), m_parser.GetDtd());
+    value = AttributeValueCache().Intern(expanded);
+    return true;
+}
+
+bool CSinglePassReader::ReadEndTag(int& pos, int nameStart, int nameEnd) {
+    const int first = pos + 2;
+    const int last = CParseName::Scan(m_src, first);
+    if (last - first != nameEnd - nameStart ||
+        !std::equal(m_src.c_str() + first, m_src.c_str() + last, m_src.c_str() + nameStart)) {
+        return false;
+    }
+    int next = SkipWhiteSpace(m_src, last);
+    if (!AcceptChar(m_src, next, u'>')) return false;
+    pos = next;
+    return true;
+}
+
+// CDATA sections become nodes; comments and PIs inside elements are dropped, as the tree
+// builder drops them.
+bool CSinglePassReader::ReadMarkup(int& pos, CXmlListContainer& children) {
+    const CKeywords& keywords = Keywords();
+    if (m_src.MatchAt(pos, keywords.cdataOpen)) {
+        const int first = pos + keywords.cdataOpen.GetLength();
+        const int close = m_src.Pos(keywords.cdataClose, first);
+        if (close < 0) return false;
+        AppendText<CXmlCDSect>(children, m_src.SubStr(first, close - first));
+        pos = close + keywords.cdataClose.GetLength();
+        return true;
+    }
+    const bool comment = m_src.MatchAt(pos, keywords.commentOpen);
+    const CVelStrW& close = comment ? keywords.commentClose : keywords.piClose;
+    const CDelimitedRun run =
+        MatchDelimited(m_src, pos, comment ? keywords.commentOpen : keywords.piOpen, close);
+    if (run.state != CDelimitedRun::eFound) return false;
+    if (comment) {
+        for (int i = run.first; i < run.close; ++i) {
+            if (!CParseChars::IsChar(m_src[i])) return false;
+        }
+    }
+    pos = run.close + close.GetLength();
+    return true;
+}
+
+// One text node per reference, as the tree builder makes it.
+bool CSinglePassReader::ReadReference(int& pos, CXmlListContainer& children) {
+    CReference reference;
+    if (!MatchReference(pos, reference)) return false;
+    switch (reference.kind) {
+        case CReference::eCharacter:
+            AppendText<CXmlCData>(children, m_parser.Texts().Get(&reference.unit, reference.units));
+            break;
+        case CReference::ePredefined:
+            AppendText<CXmlCData>(children, *reference.predefined);
+            break;
+        case CReference::eInternal:
+            AppendText<CXmlCData>(children, m_parser.GetDtd()->getInternalGE(reference.name));
+            break;
+    }
+    pos = reference.end;
+    return true;
+}
+
+// A reference at pos ("&" there) that the productions match without a diagnostic and that
+// needs nothing but text: a character, a predefined entity or a declared internal one.
+bool CSinglePassReader::MatchReference(int pos, CReference& reference) {
+    const CKeywords& keywords = Keywords();
+    const bool hex = m_src.MatchAt(pos, keywords.hexCharRefOpen);
+    if (!hex && !m_src.MatchAt(pos, keywords.charRefOpen)) return MatchEntityRef(pos, reference);
+    const int first = pos + (hex ? 3 : 2);
+    const int last = CParseCharRef::ScanDigits(m_src, first, hex);
+    if (last == first || !IsCharAt(m_src, last, u';')) return false;
+    reference.kind = CReference::eCharacter;
+    reference.units =
+        CParseCharRef::DigitsToUnits(m_src.c_str() + pos + 2, last - pos - 2, reference.unit);
+    reference.end = last + 1;
+    return true;
+}
+
+bool CSinglePassReader::MatchEntityRef(int pos, CReference& reference) {
+    const int first = pos + 1;
+    const int last = CParseName::Scan(m_src, first);
+    if (last == first || !IsCharAt(m_src, last, u';')) return false;
+    reference.end = last + 1;
+    reference.predefined = FindPredefinedEntity(m_src, first, last);
+    if (reference.predefined) {
+        reference.kind = CReference::ePredefined;
+        return true;
+    }
+    reference.kind = CReference::eInternal;
+    reference.name = NameCache().Intern(m_src.c_str() + first, last - first);
+    return m_parser.GetDtd()->hasInternalGE(reference.name);
+}
+
+}  // namespace vx

@@ -56,6 +56,7 @@ int main() {
     vx::CXmlListContainer& books = root.GetChildren();
     books.Erase(books.GetIndex(first->GetNextElement(u"本")));
 
+    document->SetRetCode(u"\n");  // a document writes CR LF unless told otherwise
     vx::CVelStringBuffer<vx::CVelStrW> out;
     document->GetSource(out);
     std::cout << Utf8(out.ToString()) << '\n';

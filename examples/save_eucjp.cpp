@@ -14,6 +14,7 @@ int main(int argc, char** argv) {
     const vx::CVelStrW text(u"<?xml version=\"1.0\"?>\n<挨拶>こんにちは～</挨拶>\n");
     std::unique_ptr<vx::CXmlDocument> document(vx::CParse::ParseForBuf(text));
     document->SetEncoding(u"EUC-JP");
+    document->SetRetCode(u"\n");  // a document writes CR LF unless told otherwise
     // A document with diagnostics may hold a partial tree: do not save it.
     const bool saved = document->GetErrList().IsEmpty() && document->SaveToFile(argv[1]);
     document.reset();

@@ -251,8 +251,9 @@ TEST(CodeConv, Iso2022JpIsCodePage932ByJisCell) {
         const bool assigned =
             cell != cells.end() &&
             (cell->second.first <= 8 || (cell->second.first >= 16 && cell->second.first <= 84));
-        mismatches.Check(wide, Convert(wide, eUtf16LE, eIso2022JP),
-                         assigned ? std::optional("A" + jis(cell->second)) : std::nullopt);
+        mismatches.Check(
+            wide, Convert(wide, eUtf16LE, eIso2022JP),
+            assigned ? std::optional(std::string("A").append(jis(cell->second))) : std::nullopt);
     }
 }
 

@@ -1,7 +1,6 @@
 #pragma once
-// Everything a host of vx uses.
+// Everything a host of vx uses. The installed headers are this one and those it includes.
 #include "vx/diag/ParseError.h"
-#include "vx/dom/NameCache.h"
 #include "vx/dom/XmlAttribute.h"
 #include "vx/dom/XmlBaseObject.h"
 #include "vx/dom/XmlCharData.h"
@@ -11,19 +10,12 @@
 #include "vx/dom/XmlListContainer.h"
 #include "vx/dom/Xsd.h"
 #include "vx/output/SaveEncodings.h"
-#include "vx/parse/DeclarationSteps.h"
 #include "vx/parse/Expressions.h"
-#include "vx/parse/Matching.h"
 #include "vx/parse/Parse.h"
-#include "vx/parse/ReferenceExpansion.h"
 #include "vx/platform/CodeConv.h"
-#include "vx/platform/File.h"
 #include "vx/platform/Guard.h"
 #include "vx/platform/Logger.h"
 #include "vx/platform/Package.h"
-#include "vx/platform/Path.h"
-#include "vx/text/CharClasses.h"
-#include "vx/text/CommonFunc.h"
 #include "vx/text/SmallVector.h"
 #include "vx/text/StringBuffer.h"
 #include "vx/text/VelStr.h"

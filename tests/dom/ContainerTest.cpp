@@ -74,7 +74,8 @@ TEST(ListContainer, CopiesAreDeepAndParentedToTheirContainer) {
     EXPECT_EQ(copy.GetAt(1)->GetParent(), &copy);
 
     CXmlBaseObject* first = list.GetAt(0);
-    list = list;
+    const CXmlListContainer& itself = list;
+    list = itself;
     EXPECT_EQ(list.GetAt(0), first);
     list.PushBack(list);
     EXPECT_EQ(Source(list), "a<e/>a<e/>");

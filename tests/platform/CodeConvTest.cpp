@@ -189,7 +189,10 @@ std::string AfterA(unsigned unit) {
 TEST(CodeConv, JapaneseTablesAgreeWithIconvOnEveryCode) {
     const std::pair<eCodeType, const char*> charsets[] = {
         {eShiftJIS, "CP932"}, {eWindows932, "CP932"}, {eEucJP, "EUC-JP-MS"}};
-    for (const auto& [code, name] : charsets) {
+    for (const auto& charset : charsets) {
+        // Variables, not a structured binding: clang 14 cannot capture a binding in a lambda.
+        const eCodeType code = charset.first;
+        const char* name = charset.second;
         SCOPED_TRACE(name);
         const Iconv iconv(name);
         Mismatches mismatches;
@@ -248,8 +251,9 @@ TEST(CodeConv, Iso2022JpIsCodePage932ByJisCell) {
         const bool assigned =
             cell != cells.end() &&
             (cell->second.first <= 8 || (cell->second.first >= 16 && cell->second.first <= 84));
-        mismatches.Check(wide, Convert(wide, eUtf16LE, eIso2022JP),
-                         assigned ? std::optional("A" + jis(cell->second)) : std::nullopt);
+        mismatches.Check(
+            wide, Convert(wide, eUtf16LE, eIso2022JP),
+            assigned ? std::optional(std::string("A").append(jis(cell->second))) : std::nullopt);
     }
 }
 

@@ -24,8 +24,10 @@ std::string OutOfRangeText(Body body) {
 // The items joined with ",".
 std::u16string Join(const CSmallVector<CVelStrW>& v) {
     std::u16string out;
-    for (int i = 0; i < v.GetSize(); ++i)
-        out += (i ? u"," : u"") + std::u16string(v[i].c_str());
+    for (int i = 0; i < v.GetSize(); ++i) {
+        if (i) out += u',';
+        out += v[i].c_str();
+    }
     return out;
 }
 

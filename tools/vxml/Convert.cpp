@@ -15,6 +15,7 @@
 #include "Commands.h"
 #include "Document.h"
 #include "Output.h"
+#include "vx/platform/File.h"
 
 namespace vxml {
 namespace {

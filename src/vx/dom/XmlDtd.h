@@ -66,8 +66,8 @@ class CXmlDtd : public CXmlBaseObject {
     // Takes ownership of content in every case; an entity stored before under name is deleted.
     void setExternalGE(const CVelStrW& name, const CXmlDtdExternalID& id,
                        CXmlParsedEntity* content);
-    bool hasInternalGE(const CVelStrW& name) const { return m_internalGEs.contains(name); }
-    bool hasExternalGE(const CVelStrW& name) const { return m_externalGEs.contains(name); }
+    bool hasInternalGE(const CVelStrW& name) const { return m_internalGEs.count(name) != 0; }
+    bool hasExternalGE(const CVelStrW& name) const { return m_externalGEs.count(name) != 0; }
     // Every external entity's content by name (entries may be null); the DTD keeps ownership.
     const std::map<CVelStrW, CXmlParsedEntity*>& getExternalGEContents() const {
         return m_externalGEContents;

@@ -1,8 +1,8 @@
 #pragma once
 // An ordered list of child nodes of mixed kinds. The container owns its children: it stores
 // copies of what it is given, parents them to itself and destroys them.
-#include <concepts>
 #include <memory>
+#include <type_traits>
 
 #include "vx/dom/XmlBaseObject.h"
 #include "vx/text/SmallVector.h"
@@ -56,8 +56,10 @@ class CXmlListContainer : public CXmlBaseObject {
     void PushBack(const CXmlListContainer& other);
     // Appends node itself, not a copy, and parents it: what a builder that has just made the
     // node uses, so that the node is made once.
-    template <class Node>
-    requires std::derived_from<Node, CXmlTextObject> Node* PushBack(std::unique_ptr<Node> node) {
+    template <class Node, std::enable_if_t<std::is_base_of_v<CXmlTextObject, Node> &&
+                                               std::is_convertible_v<Node*, CXmlTextObject*>,
+                                           int> = 0>
+    Node* PushBack(std::unique_ptr<Node> node) {
         m_list.PushBack(node.get());
         node->SetParent(this);
         return node.release();

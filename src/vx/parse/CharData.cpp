@@ -1,10 +1,11 @@
 // The text inside elements: character data, CDATA sections, entity and character references.
 #include <algorithm>
 
-#include "vx/parse/Expressions.h"
-#include "vx/parse/Parse.h"
+#include "vx/parse/GrammarSteps.h"
 
 namespace vx {
+
+using namespace grammar;
 
 // ---- character data ----
 

@@ -1,9 +1,11 @@
 // The document type declaration: external identifiers and literals, the internal subset's
 // markup declarations, declaration separators and parameter-entity references.
 #include "vx/dom/XmlDtd.h"
-#include "vx/parse/DeclarationSteps.h"
+#include "vx/parse/GrammarSteps.h"
 
 namespace vx {
+
+using namespace grammar;
 
 // ---- literals and external identifiers ----
 

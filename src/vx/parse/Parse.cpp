@@ -7,10 +7,13 @@
 #include <utility>
 
 #include "vx/dom/XmlDocument.h"
+#include "vx/parse/GrammarSteps.h"
 #include "vx/platform/File.h"
 #include "vx/platform/Package.h"
 
 namespace vx {
+
+using namespace grammar;
 
 CParseError::eError CParse::LoadWideText(const CVelStr& fileName, CVelStrW& text) {
     if (!vel::CVelFile().CreateFileA(fileName.c_str(), vel::CVelFile::eOpenRead)) {

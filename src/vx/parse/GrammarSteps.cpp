@@ -1,6 +1,86 @@
-#include "vx/parse/DeclarationSteps.h"
+#include "vx/parse/GrammarSteps.h"
 
-namespace vx {
+#include "vx/platform/Guard.h"
+#include "vx/platform/Package.h"
+
+namespace vx::grammar {
+
+namespace {
+
+CKeywords* g_keywords = nullptr;
+
+void ReleaseKeywords() {
+    delete g_keywords;
+    g_keywords = nullptr;
+}
+
+}  // namespace
+
+const CKeywords& Keywords() {
+    if (!g_keywords) {
+        vel::CHeapScope heap;  // made inside a parse, kept for the process
+        g_keywords = new CKeywords;
+        RegisterFinalizer(ReleaseKeywords);
+    }
+    return *g_keywords;
+}
+
+const CVelStrW* FindPredefinedEntity(const CVelStrW& text, int first, int last) {
+    const CKeywords& keywords = Keywords();
+    const std::pair<const CVelStrW*, const CVelStrW*> predefined[] = {
+        {&keywords.amp, &keywords.ampText},   {&keywords.lt, &keywords.ltText},
+        {&keywords.gt, &keywords.gtText},     {&keywords.quot, &keywords.quotText},
+        {&keywords.apos, &keywords.aposText},
+    };
+    for (const auto& [name, replacement] : predefined) {
+        if (last - first == name->GetLength() && text.MatchAt(first, *name)) return replacement;
+    }
+    return nullptr;
+}
+
+int SkipWhiteSpace(const CVelStrW& src, int pos) {
+    const int length = src.GetLength();
+    while (pos < length && IsWhiteSpace(src[pos]))
+        ++pos;
+    return pos;
+}
+
+namespace {
+
+CDelimitedRun RunUpTo(int first, int close) {
+    CDelimitedRun run;
+    run.state = close < 0 ? CDelimitedRun::eUnterminated : CDelimitedRun::eFound;
+    run.first = first;
+    run.close = close;
+    return run;
+}
+
+}  // namespace
+
+CDelimitedRun MatchDelimited(const CVelStrW& src, int start, const CVelStrW& open,
+                             const CVelStrW& close) {
+    if (!src.MatchAt(start, open)) return {};
+    const int first = start + open.GetLength();
+    return RunUpTo(first, src.Pos(close, first));
+}
+
+CDelimitedRun MatchQuotedLiteral(const CVelStrW& src, int start) {
+    if (!IsCharAt(src, start, u'"') && !IsCharAt(src, start, u'\'')) return {};
+    return RunUpTo(start + 1, src.Pos(src[start], start + 1));
+}
+
+bool TryMatch(CAbstractExpression& child, CParse& parser, int& pos) {
+    int end = pos;
+    if (!child.Interpreter(parser, pos, end) || end == pos) return false;
+    pos = end;
+    return true;
+}
+
+bool Fail(CParse& parser, CParseError::eError code, int pos, int& end) {
+    parser.AddError(code, pos);
+    end = pos;
+    return false;
+}
 
 namespace {
 
@@ -59,6 +139,10 @@ bool MatchDeclarationEnd(CParse& parser, int pos, CParseError::eError code, int&
     end = pos;
     return true;
 }
+
+}  // namespace vx::grammar
+
+namespace vx {
 
 // ---- CParseAlternative ----
 

@@ -23,6 +23,7 @@
 #include "vx/platform/Path.h"
 #include "vx/text/CharClasses.h"
 #include "vx/text/CommonFunc.h"
+#include "vx/text/Decode.h"
 #include "vx/text/SmallVector.h"
 #include "vx/text/StringBuffer.h"
 #include "vx/text/VelStr.h"

@@ -91,16 +91,7 @@ bool CParsePublicID::Interpreter(CParse& parser, int start, int& end) {
 // ---- parameter-entity references and declaration separators ----
 
 bool CParsePEReference::Interpreter(CParse& parser, int start, int& end) {
-    const CVelStrW& src = parser.Source();
-    int pos = start;
-    if (!AcceptChar(src, pos, u'%')) return Absent(start, end);
-    if (pos >= src.GetLength()) return Fail(parser, CParseError::eErrUnexpectedEnd, pos, end);
-    CParseName name;
-    if (!TryMatch(name, parser, pos)) return Fail(parser, CParseError::eErrNoEntityName, pos, end);
-    if (pos >= src.GetLength()) return Fail(parser, CParseError::eErrUnexpectedEnd, pos, end);
-    if (!AcceptChar(src, pos, u';')) return Fail(parser, CParseError::eErrEntityRefEnd, pos, end);
-    m_name = name.GetName();
-    return Matched(pos, end);
+    return MatchNamedReference(parser, u'%', start, m_name, end);
 }
 
 // A malformed reference stays reported and white space is tried all the same.

@@ -76,6 +76,19 @@ bool TryMatch(CAbstractExpression& child, CParse& parser, int& pos) {
     return true;
 }
 
+bool MatchNamedReference(CParse& parser, char16_t opener, int start, CVelStrW& name, int& end) {
+    const CVelStrW& src = parser.Source();
+    int pos = start;
+    if (!AcceptChar(src, pos, opener)) return Absent(start, end);
+    if (pos == src.GetLength()) return Fail(parser, CParseError::eErrUnexpectedEnd, pos, end);
+    CParseName match;
+    if (!TryMatch(match, parser, pos)) return Fail(parser, CParseError::eErrNoEntityName, pos, end);
+    if (pos == src.GetLength()) return Fail(parser, CParseError::eErrUnexpectedEnd, pos, end);
+    if (!AcceptChar(src, pos, u';')) return Fail(parser, CParseError::eErrEntityRefEnd, pos, end);
+    name = match.GetName();
+    return Matched(pos, end);
+}
+
 bool Fail(CParse& parser, CParseError::eError code, int pos, int& end) {
     parser.AddError(code, pos);
     end = pos;

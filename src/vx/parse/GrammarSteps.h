@@ -170,6 +170,11 @@ CDelimitedRun MatchDelimited(const CVelStrW& src, int start, const CVelStrW& ope
 // A literal between double quotes or between apostrophes.
 CDelimitedRun MatchQuotedLiteral(const CVelStrW& src, int start);
 
+// opener Name ";", the form of entity ("&") and parameter-entity ("%") references: the name
+// goes to name. Code 19 when the source ends after the opener or the name, 23 without a name,
+// 22 without the ";".
+bool MatchNamedReference(CParse& parser, char16_t opener, int start, CVelStrW& name, int& end);
+
 // ---- steps of the declarations ----
 // Many parts of a declaration are result-tested: the code is reported only when the part
 // fails, not when it is absent. White space and names never fail, so such parts are in effect

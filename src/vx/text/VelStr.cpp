@@ -11,6 +11,7 @@
 #include "vx/platform/File.h"
 #include "vx/platform/Guard.h"
 #include "vx/platform/Logger.h"
+#include "vx/platform/Utf8.h"
 
 namespace velstr {
 
@@ -47,49 +48,9 @@ void LogUnconvertible(const char* operation) {
     vel::LogFailure("VelStr", __LINE__, operation, "cannot converted !!");
 }
 
-// Length of a valid UTF-8 sequence starting at p (at most n bytes available) and its scalar
-// value; 0 when the bytes do not form one.
-int DecodeUtf8(const unsigned char* p, int n, char32_t& value) {
-    const unsigned char lead = p[0];
-    int length;
-    char32_t min;
-    if (lead < 0x80) {
-        value = lead;
-        return 1;
-    } else if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2, value = lead & 0x1F, min = 0x80;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3, value = lead & 0x0F, min = 0x800;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4, value = lead & 0x07, min = 0x10000;
-    } else {
-        return 0;
-    }
-    if (length > n) return 0;
-    for (int i = 1; i < length; ++i) {
-        if ((p[i] & 0xC0) != 0x80) return 0;
-        value = (value << 6) | (p[i] & 0x3F);
-    }
-    if (value < min || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return 0;
-    return length;
-}
-
-void EncodeUtf8(char32_t value, std::string& out) {
-    if (value < 0x80) {
-        out += static_cast<char>(value);
-    } else if (value < 0x800) {
-        out += static_cast<char>(0xC0 | (value >> 6));
-        out += static_cast<char>(0x80 | (value & 0x3F));
-    } else if (value < 0x10000) {
-        out += static_cast<char>(0xE0 | (value >> 12));
-        out += static_cast<char>(0x80 | ((value >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (value & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (value >> 18));
-        out += static_cast<char>(0x80 | ((value >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((value >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (value & 0x3F));
-    }
+void AppendUtf8(char32_t value, std::string& out) {
+    unsigned char bytes[4];
+    out.append(reinterpret_cast<const char*>(bytes), vcc::detail::WriteUtf8Sequence(value, bytes));
 }
 
 void AppendUnits(std::u16string& out, const char16_t* text) {
@@ -110,7 +71,7 @@ CVelStrW::CVelStrW(const CVelStr& narrow) {
     bool replaced = false;
     for (int i = 0; i < n;) {
         char32_t value;
-        const int length = DecodeUtf8(bytes + i, n - i, value);
+        const int length = vcc::detail::ReadUtf8Sequence(bytes + i, n - i, value);
         if (length == 0) {
             value = kReplacement;
             replaced = true;
@@ -144,7 +105,7 @@ CVelStr::CVelStr(const CVelStrW& wide) {
             value = kReplacement;
             replaced = true;
         }
-        EncodeUtf8(value, out);
+        AppendUtf8(value, out);
     }
     Assign(out.data(), vel::CheckedCount(static_cast<std::int64_t>(out.size())));
     if (replaced) LogUnconvertible("CVelStr::CVelStr(const CVelStrW&)");

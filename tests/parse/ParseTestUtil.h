@@ -33,6 +33,9 @@ inline std::string Narrow(const std::u16string& s) {
     return vx::CVelStr(Wide(s)).c_str();
 }
 
+// Tests name diagnostic codes by their enumerators.
+using enum vx::CParseError::eError;
+
 // One diagnostic as code, line and column.
 struct Diag {
     int code, line, column;

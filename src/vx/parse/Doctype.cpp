@@ -60,7 +60,6 @@ bool CParseExternalID::Interpreter(CParse& parser, int start, int& end) {
     } else {
         return Absent(start, end);
     }
-    m_public = false;  // kept false for the PUBLIC form too, so the DTD sees a SYSTEM identifier
     m_systemLiteral = system.Literal();
     m_publicLiteral = pubid.Literal();
     return Matched(pos, end);
@@ -68,11 +67,7 @@ bool CParseExternalID::Interpreter(CParse& parser, int start, int& end) {
 
 CXmlDtdExternalID CParseExternalID::ToDtdExternalID() const {
     CXmlDtdExternalID id;
-    if (m_public) {
-        id.setPublicLiteral(m_systemLiteral, m_publicLiteral);
-    } else {
-        id.setSystemLiteral(m_systemLiteral);
-    }
+    id.setSystemLiteral(m_systemLiteral);
     return id;
 }
 
@@ -139,8 +134,9 @@ bool CParseDoctypedecl::MatchExternalID(CParse& parser, int& pos, int& end) {
     const int idStart = SkipWhiteSpace(parser.Source(), pos);
     CParseExternalID id;
     int idEnd = idStart;
+    // No check for the white space before it: a name takes in a keyword written straight
+    // after it, so an identifier that matched here always follows white space.
     if (!TryMatch(id, parser, idEnd)) return true;
-    if (idStart == pos) return Fail(parser, CParseError::eErrSpaceRequired, idStart, end);
     m_externalID = id;
     if (!parser.ParseExtSussetEntityForFile(id.ToDtdExternalID().getSystemLiteral())) {
         end = idEnd;

@@ -434,12 +434,11 @@ class CParseExternalID : public CAbstractExpression {
     eParseClassType GetClassType() const override { return eParseExternalID; }
     CVelStrW getSystemLiteral() const { return m_systemLiteral; }
     CVelStrW getPublicLiteral() const { return m_publicLiteral; }
-    // The identifier as the DTD model keeps it: always of the SYSTEM kind, because the public
-    // flag is never set.
+    // The identifier as the DTD model keeps it: always of the SYSTEM kind, the PUBLIC form
+    // included.
     CXmlDtdExternalID ToDtdExternalID() const;
 
   private:
-    bool m_public = false;
     CVelStrW m_systemLiteral;
     CVelStrW m_publicLiteral;
 };

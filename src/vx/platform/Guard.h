@@ -23,9 +23,6 @@ template <class Body>
 decltype(auto) Guarded(const char* unit, int line, const char* function, Body&& body) {
     try {
         return std::forward<Body>(body)();
-    } catch (const CVelException& e) {
-        LogCaughtException(unit, line, function, e.what());
-        throw;
     } catch (const std::exception& e) {
         LogCaughtException(unit, line, function, e.what());
         throw;

@@ -11,7 +11,7 @@ namespace vel {
 
 // The library's internal exception, for failures that are programming errors of a caller.
 class CVelException : public std::runtime_error {
-public:
+  public:
     using std::runtime_error::runtime_error;
 };
 

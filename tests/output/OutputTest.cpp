@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "DomTestSupport.h"
+#include "dom/DomTestSupport.h"
 #include "vx/dom/XmlCharData.h"
 #include "vx/dom/XmlDocument.h"
 #include "vx/platform/CodeConv.h"

@@ -10,7 +10,6 @@ namespace vx {
 
 namespace {
 
-constexpr char16_t kCr = u'\r';
 constexpr char16_t kLf = u'\n';
 
 // Column of position on the line starting at lineStart. A far position saturates instead of
@@ -49,23 +48,6 @@ CVelStrW ReplaceAll(const CVelStrW& text, const CVelStrW& pattern, const CVelStr
 }
 
 }  // namespace
-
-void NormalizeRetCode(CVelStrW& text) {
-    if (text.Pos(kCr) == CVelStrW::npos) return;
-    const int length = text.GetLength();
-    char16_t* units = text.GetBuffer(length);
-    int written = 0;
-    for (int read = 0; read < length; ++read) {
-        if (units[read] != kCr) {
-            units[written++] = units[read];
-        } else if (read + 1 < length && units[read + 1] == kLf) {
-            continue;  // the LF that follows is copied next
-        } else {
-            units[written++] = kLf;
-        }
-    }
-    text.Truncate(written);
-}
 
 void GetLineAndCol(const CVelStrW& text, int position, int& line, int& column) {
     line = 1;

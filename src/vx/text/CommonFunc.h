@@ -8,7 +8,7 @@
 namespace vx {
 
 // Turns every CR LF and every lone CR into a single LF, in place. A text without CR keeps its
-// shared buffer.
+// shared buffer. With the other line-end steps in LineEnds.cpp.
 void NormalizeRetCode(CVelStrW& text);
 
 // Line and column (both from 1) of position: the first unit of a line is column 1 and a line

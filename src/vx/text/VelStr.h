@@ -252,7 +252,7 @@ class CVelStrW : public CVelStrBase<char16_t, CVelStrW> {
 
     // Rewrites every line end (CR LF, lone CR, lone LF) as lineEnd, which must be CR, LF or
     // CR LF; anything else is logged and throws, leaving the text unchanged. A text that has
-    // nothing to convert keeps its shared buffer.
+    // nothing to convert keeps its shared buffer. With the other line-end steps in LineEnds.cpp.
     void ConvRetCode(const CVelStrW& lineEnd);
 };
 

@@ -12,6 +12,7 @@
 #include "vx/dom/XmlDocument.h"
 #include "vx/parse/Expressions.h"
 #include "vx/parse/Parse.h"
+#include "vx/parse/Settings.h"
 #include "vx/platform/Package.h"
 
 namespace parsetest {

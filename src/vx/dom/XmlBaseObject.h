@@ -2,7 +2,7 @@
 // The base of every node of the document model, and of the nodes that carry a text value.
 #include <cstdint>
 
-#include "vx/text/Pages.h"
+#include "vx/memory/Pages.h"
 #include "vx/text/StringBuffer.h"
 #include "vx/text/VelStr.h"
 

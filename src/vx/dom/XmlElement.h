@@ -3,7 +3,7 @@
 #include "vx/diag/ParseError.h"
 #include "vx/dom/XmlAttribute.h"
 #include "vx/dom/XmlListContainer.h"
-#include "vx/text/SmallVector.h"
+#include "vx/memory/SmallVector.h"
 
 namespace vx {
 

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "vx/dom/XmlBaseObject.h"
-#include "vx/text/SmallVector.h"
+#include "vx/memory/SmallVector.h"
 
 namespace vx {
 

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <memory>
 
-#include "vx/text/Pages.h"
-#include "vx/text/SmallVector.h"
+#include "vx/memory/Pages.h"
+#include "vx/memory/SmallVector.h"
 
 namespace vx {
 

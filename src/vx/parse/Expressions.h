@@ -23,9 +23,9 @@
 #include <optional>
 
 #include "vx/diag/ParseError.h"
+#include "vx/memory/SmallVector.h"
 #include "vx/parse/ExpressionBase.h"
 #include "vx/text/CharClasses.h"
-#include "vx/text/SmallVector.h"
 #include "vx/text/VelStr.h"
 
 namespace vx {

@@ -6,7 +6,7 @@
 
 #include "vx/dom/XmlDocument.h"
 #include "vx/parse/GrammarSteps.h"
-#include "vx/platform/Package.h"
+#include "vx/parse/Settings.h"
 #include "vx/platform/Path.h"
 
 namespace vx {

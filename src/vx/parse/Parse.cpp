@@ -8,6 +8,7 @@
 
 #include "vx/dom/XmlDocument.h"
 #include "vx/parse/GrammarSteps.h"
+#include "vx/parse/Settings.h"
 #include "vx/platform/File.h"
 #include "vx/platform/Package.h"
 #include "vx/text/Decode.h"

@@ -10,8 +10,8 @@
 #include <type_traits>
 #include <utility>
 
-#include "vx/text/Counts.h"
-#include "vx/text/Pages.h"
+#include "vx/memory/Counts.h"
+#include "vx/memory/Pages.h"
 
 namespace velstr {
 

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "vx/text/SmallVector.h"
+#include "vx/memory/SmallVector.h"
 #include "vx/text/VelStr.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <vector>
 
-#include "vx/text/Pages.h"
+#include "vx/memory/Pages.h"
 #include "vx/text/VelStr.h"
 
 namespace {

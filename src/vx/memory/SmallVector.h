@@ -6,8 +6,8 @@
 #include <stdexcept>
 #include <utility>
 
-#include "vx/text/Counts.h"
-#include "vx/text/Pages.h"
+#include "vx/memory/Counts.h"
+#include "vx/memory/Pages.h"
 
 namespace vel {
 

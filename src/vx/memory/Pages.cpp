@@ -1,4 +1,4 @@
-#include "vx/text/Pages.h"
+#include "vx/memory/Pages.h"
 
 #include <cstdint>
 #include <new>

@@ -15,7 +15,8 @@
 
 #include "vx/dom/XmlDocument.h"
 #include "vx/parse/Parse.h"
-#include "vx/platform/Package.h"
+#include "vx/parse/Settings.h"
+#include "vx/text/Decode.h"
 
 namespace bench {
 
@@ -23,13 +24,9 @@ namespace {
 
 // Decoding alone, into a new wide string: what any reader must do before parsing.
 Outcome RunFloor(const Input& input) {
-    const int length = static_cast<int>(input.bytes.size());
-    int size = 0;
-    if (!vcc::GetBufSizeByByte(&size, length, input.code, vcc::eUtf16LE)) return {1, true};
     vx::CVelStrW text;
-    char16_t* buffer = text.GetBuffer(size / 2);
-    const bool ok =
-        vcc::ConvertTo(input.bytes.data(), length, input.code, buffer, &size, vcc::eUtf16LE);
+    const bool ok = vx::DecodeToWide(input.bytes.data(), static_cast<int>(input.bytes.size()),
+                                     input.code, text) == vx::eDecodeResult::eDecoded;
     return {ok ? 0 : 1, !ok};
 }
 
@@ -179,16 +176,12 @@ Input LoadInput(const std::string& path, bool withBytes, bool withText) {
     if (!file.is_open()) throw std::runtime_error(path + ": cannot read");
     std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
     if (withText) {
-        const int length = static_cast<int>(bytes.size());
-        int size = 0;
-        if (!vcc::GetBufSizeByByte(&size, length, input.code, vcc::eUtf16LE)) {
-            throw std::runtime_error(path + ": too large");
-        }
-        char16_t* buffer = input.text.GetBuffer(size / 2);
-        if (!vcc::ConvertTo(bytes.data(), length, input.code, buffer, &size, vcc::eUtf16LE)) {
+        const vx::eDecodeResult decoded =
+            vx::DecodeToWide(bytes.data(), static_cast<int>(bytes.size()), input.code, input.text);
+        if (decoded == vx::eDecodeResult::eTooLarge) throw std::runtime_error(path + ": too large");
+        if (decoded != vx::eDecodeResult::eDecoded) {
             throw std::runtime_error(path + ": cannot decode");
         }
-        input.text.Truncate(size / 2);
     }
     if (withBytes) input.bytes = std::move(bytes);
     return input;

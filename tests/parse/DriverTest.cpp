@@ -9,22 +9,25 @@ using namespace parsetest;
 
 TEST(Driver, ADeclarationIsRequiredButTheParseGoesOn) {
     const Document bare = ParseBuf(u"<a/>");
-    EXPECT_EQ(Diags(bare->GetErrList()), (D{{8, 1, 1}}));
+    EXPECT_EQ(Diags(bare->GetErrList()), (D{{eErrNoXmlDecl, 1, 1}}));
     EXPECT_EQ(Text(bare->GetRootElement().GetName()), u"a");
-    EXPECT_EQ(DiagsOf(u""), (D{{8, 1, 1}, {28, 0, 0}, {27, 0, 0}}));
+    EXPECT_EQ(DiagsOf(u""),
+              (D{{eErrNoXmlDecl, 1, 1}, {eErrUnknownElemType, 0, 0}, {eErrMakeTree, 0, 0}}));
 
     // A refused declaration is read again as a processing instruction.
     const Document v11 = ParseBuf(u"<?xml version=\"1.1\"?><a/>");
-    EXPECT_EQ(Diags(v11->GetErrList()), (D{{11, 1, 20}}));
+    EXPECT_EQ(Diags(v11->GetErrList()), (D{{eErrVersionNum, 1, 20}}));
     EXPECT_EQ(Text(v11->GetRootElement().GetName()), u"a");
 }
 
 TEST(Driver, UnmatchedTextStopsTheParseWithoutATree) {
     const Document junk = ParseBuf(u"<?xml version=\"1.0\"?><a/><!--c--> <?p?>junk");
-    EXPECT_EQ(Diags(junk->GetErrList()), (D{{7, 0, 0}}));
+    EXPECT_EQ(Diags(junk->GetErrList()), (D{{eErrParseStopped, 0, 0}}));
     EXPECT_EQ(Text(junk->GetRootElement().GetName()), u"");
-    EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?>\r\n<a>\r\n</b>"), (D{{29, 3, 1}, {7, 0, 0}}));
-    EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?>\r\r<a/>\r\n<!--"), (D{{14, 4, 5}, {7, 0, 0}}));
+    EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?>\r\n<a>\r\n</b>"),
+              (D{{eErrTagMismatch, 3, 1}, {eErrParseStopped, 0, 0}}));
+    EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?>\r\r<a/>\r\n<!--"),
+              (D{{eErrCommentEnd, 4, 5}, {eErrParseStopped, 0, 0}}));
 }
 
 // Positions come from an index of line starts, which must follow a change of source.
@@ -34,7 +37,8 @@ TEST(Driver, PositionsFollowASwappedSource) {
     parser.AddError(vx::CParseError::eErrUnexpectedChar, 13);
     parser.SetSource(Wide(u"\n\nx"));
     parser.AddError(vx::CParseError::eErrUnexpectedChar, 2);
-    EXPECT_EQ(Diags(parser.GetErrList()), (D{{15, 2, 2}, {15, 3, 1}}));
+    EXPECT_EQ(Diags(parser.GetErrList()),
+              (D{{eErrUnexpectedChar, 2, 2}, {eErrUnexpectedChar, 3, 1}}));
 }
 
 // Every operation of the parser logs its scope, the ones the productions and the tree
@@ -128,14 +132,17 @@ TEST(Driver, RefusedFiles) {
     std::u16string swapped = Japanese(u"UTF-16");
     for (char16_t& unit : swapped)
         unit = static_cast<char16_t>((unit << 8) | (unit >> 8));
-    EXPECT_EQ(diagsOf("\xFE\xFF" + Encode(swapped, vcc::eUtf16LE)), (D{{3, 0, 0}}));
-    EXPECT_EQ(diagsOf("<a>no declaration</a>"), (D{{3, 0, 0}}));
-    EXPECT_EQ(diagsOf(Encode(Japanese(u"ISO-8859-1"), vcc::eUtf8)), (D{{3, 0, 0}}));
-    EXPECT_EQ(diagsOf("<?xml version='1.0' encoding='Shift_JIS'?><a>\x81<</a>"), (D{{6, 0, 0}}));
+    EXPECT_EQ(diagsOf("\xFE\xFF" + Encode(swapped, vcc::eUtf16LE)),
+              (D{{eErrCodeTypeDetect, 0, 0}}));
+    EXPECT_EQ(diagsOf("<a>no declaration</a>"), (D{{eErrCodeTypeDetect, 0, 0}}));
+    EXPECT_EQ(diagsOf(Encode(Japanese(u"ISO-8859-1"), vcc::eUtf8)),
+              (D{{eErrCodeTypeDetect, 0, 0}}));
+    EXPECT_EQ(diagsOf("<?xml version='1.0' encoding='Shift_JIS'?><a>\x81<</a>"),
+              (D{{eErrCodeConvert, 0, 0}}));
 
     const std::string missing = dir / "missing.xml";
     const Document none = ParseFile(missing);
-    ASSERT_EQ(Diags(none->GetErrList()), (D{{2, -1, -1}}));
+    ASSERT_EQ(Diags(none->GetErrList()), (D{{eErrFileOpen, -1, -1}}));
     EXPECT_EQ(vx::CVelStr(none->GetErrList().GetAt(0).GetSource()).c_str(), missing);
 }
 

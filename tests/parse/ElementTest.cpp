@@ -18,24 +18,30 @@ TEST(Element, NoContentAndAnEmptyValueBeforeTheTagEnd) {
 TEST(Element, TagErrorsAreReportedByBothScans) {
     // Once by the empty-element scan, which then counts as absent, once by the start tag.
     EXPECT_EQ(RunOn<vx::CParseElement>(u"<a x=\"1\" x=\"2\"></a>"),
-              (Result{true, 0, Twice({{17, 1, 15}})}));
+              (Result{true, 0, Twice({{eErrDuplicateAtt, 1, 15}})}));
 
-    EXPECT_EQ(RunOn<vx::CParseElement>(u"<a x=\"<\"/>").diags,
-              Twice({{15, 1, 7}, {26, 1, 7}, {15, 1, 4}}));
-    EXPECT_EQ(RunOn<vx::CParseElement>(u"<a x>").diags, Twice({{24, 1, 5}, {15, 1, 4}}));
+    EXPECT_EQ(
+        RunOn<vx::CParseElement>(u"<a x=\"<\"/>").diags,
+        Twice({{eErrUnexpectedChar, 1, 7}, {eErrAttValue, 1, 7}, {eErrUnexpectedChar, 1, 4}}));
+    EXPECT_EQ(RunOn<vx::CParseElement>(u"<a x>").diags,
+              Twice({{eErrNoEq, 1, 5}, {eErrUnexpectedChar, 1, 4}}));
 }
 
 TEST(Element, EndTagErrors) {
     auto run = [](const std::u16string& text) { return RunOn<vx::CParseElement>(text); };
-    EXPECT_EQ(run(u"<a>text"), (Result{false, 7, {{29, 1, 8}}}));
-    EXPECT_EQ(run(u"<a></b>").diags, (D{{29, 1, 4}}));
-    EXPECT_EQ(run(u"<a></a").diags, (D{{19, 1, 7}, {20, 1, 7}}));
-    EXPECT_EQ(run(u"<a></a x>").diags, (D{{15, 1, 8}, {20, 1, 8}}));
+    EXPECT_EQ(run(u"<a>text"), (Result{false, 7, {{eErrTagMismatch, 1, 8}}}));
+    EXPECT_EQ(run(u"<a></b>").diags, (D{{eErrTagMismatch, 1, 4}}));
+    EXPECT_EQ(run(u"<a></a").diags, (D{{eErrUnexpectedEnd, 1, 7}, {eErrNoETag, 1, 7}}));
+    EXPECT_EQ(run(u"<a></a x>").diags, (D{{eErrUnexpectedChar, 1, 8}, {eErrNoETag, 1, 8}}));
 }
 
 TEST(Element, OneNestedErrorCascadesThroughEveryEnclosingElement) {
     EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?>\n<r>\n <p>\n  <q x=\"1\" x=\"2\"/>\n </p>\n</r>"),
-              (D{{17, 4, 17}, {17, 4, 17}, {29, 4, 3}, {29, 3, 2}, {7, 0, 0}}));
+              (D{{eErrDuplicateAtt, 4, 17},
+                 {eErrDuplicateAtt, 4, 17},
+                 {eErrTagMismatch, 4, 3},
+                 {eErrTagMismatch, 3, 2},
+                 {eErrParseStopped, 0, 0}}));
 }
 
 std::vector<int> Kinds(const vx::CExpressionList& list) {

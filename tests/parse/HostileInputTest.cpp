@@ -103,8 +103,8 @@ std::u16string OpenTag(int count) {
 // readings of the tag, as from the scan that the set of names replaced.
 void ExpectRepeatedAtTheEnd(const std::u16string& tag, const std::u16string& name) {
     const std::u16string text = tag + u" " + name + u"='w'/>";
-    D expected = Twice(D{{17, 1, static_cast<int>(text.size()) - 1}});
-    expected.push_back({7, 0, 0});
+    D expected = Twice(D{{eErrDuplicateAtt, 1, static_cast<int>(text.size()) - 1}});
+    expected.push_back({eErrParseStopped, 0, 0});
     EXPECT_EQ(DiagsOf(text), expected) << Narrow(name);
 }
 
@@ -150,7 +150,7 @@ TEST(HostileInput, AMillionDiagnostics) {
     ASSERT_EQ(errors.GetSize(), kLines);
     const vx::CParseError& last = errors.GetAt(kLines - 1);
     EXPECT_EQ((Diag{last.GetErrCode(), last.GetLine(), last.GetColumn()}),
-              (Diag{10, kLines + 1, 24}));
+              (Diag{eErrSpaceRequired, kLines + 1, 24}));
     EXPECT_EQ(errors.GetCount(vx::CParseError::eErrLevelError), kLines);
     EXPECT_EQ(Text(document->GetRootElement().GetName()), u"r");
 }
@@ -207,8 +207,9 @@ TEST(HostileInput, AttributeValuesCopyEntitiesOnlyUpToAnAllowance) {
     const Document refused = ParseBuf(past);
     const D diags = Diags(refused->GetErrList());
     ASSERT_GE(diags.size(), 3u);
-    EXPECT_EQ(D(diags.begin(), diags.begin() + 2), (D{{4, 1, column}, {26, 1, column}}));
-    EXPECT_EQ(diags.back(), (Diag{7, 0, 0}));
+    EXPECT_EQ(D(diags.begin(), diags.begin() + 2),
+              (D{{eErrNoMemory, 1, column}, {eErrAttValue, 1, column}}));
+    EXPECT_EQ(diags.back(), (Diag{eErrParseStopped, 0, 0}));
     EXPECT_TRUE(refused->GetRootElement().GetName().IsEmpty());
 
     // A host that trusts its input lifts the limit; one that sets its own gets at least four
@@ -242,7 +243,7 @@ TEST(HostileInput, ExternalEntitiesThatReferToEachOtherCannotMultiply) {
     const std::string path = dir / "doc.xml";
     WriteFile(path, kDecl + "<!DOCTYPE r [" + subset + "]><r>&e9;</r>");
     const Document document = ParseFile(path);
-    EXPECT_EQ(Diags(document->GetErrList()), (D{{4, 0, 0}, {7, 0, 0}}));
+    EXPECT_EQ(Diags(document->GetErrList()), (D{{eErrNoMemory, 0, 0}, {eErrParseStopped, 0, 0}}));
 
     // Five levels, a hundred thousand nodes, are well within it.
     WriteFile(path, kDecl + "<!DOCTYPE r [" + subset.substr(0, subset.find("<!ENTITY e6")) +
@@ -262,11 +263,15 @@ TEST(HostileInput, ExternalEntitiesThatNameNoRegularFile) {
     for (const std::string& literal : {dir / "folder", std::string("/dev/zero"),
                                        std::string("/dev/null"), dir / "fifo", dir / "missing"}) {
         WriteFile(path, kDecl + "<!DOCTYPE r [<!ENTITY e SYSTEM '" + literal + "'>]><r>&e;</r>");
-        EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{2, 0, 0}, {7, 0, 0}})) << literal;
+        EXPECT_EQ(Diags(ParseFile(path)->GetErrList()),
+                  (D{{eErrFileOpen, 0, 0}, {eErrParseStopped, 0, 0}}))
+            << literal;
         WriteFile(path, kDecl + "<!DOCTYPE r SYSTEM '" + literal + "'><r/>");
-        EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{2, 0, 0}, {7, 0, 0}})) << literal;
+        EXPECT_EQ(Diags(ParseFile(path)->GetErrList()),
+                  (D{{eErrFileOpen, 0, 0}, {eErrParseStopped, 0, 0}}))
+            << literal;
     }
-    EXPECT_EQ(Diags(ParseFile(dir / "folder")->GetErrList()), (D{{2, -1, -1}}));
+    EXPECT_EQ(Diags(ParseFile(dir / "folder")->GetErrList()), (D{{eErrFileOpen, -1, -1}}));
 }
 
 // ASCII text in a wide encoding of unitBytes bytes, little-endian.
@@ -308,11 +313,11 @@ TEST(HostileInput, ATruncatedCharacterAtTheEndOfTheFile) {
         WriteFile(path, whole);
         EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), D{}) << whole;
         WriteFile(path, cut);
-        EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{6, 0, 0}})) << cut;
+        EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{eErrCodeConvert, 0, 0}})) << cut;
     }
     // Half a surrogate pair is whole UTF-16 and reaches the grammar, which refuses it.
     WriteFile(path, utf16 + std::string("\x3D\xD8", 2));
-    EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{7, 0, 0}}));
+    EXPECT_EQ(Diags(ParseFile(path)->GetErrList()), (D{{eErrParseStopped, 0, 0}}));
 }
 
 }  // namespace

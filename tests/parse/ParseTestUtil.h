@@ -12,6 +12,7 @@
 #include "vx/dom/XmlDocument.h"
 #include "vx/parse/Expressions.h"
 #include "vx/parse/Parse.h"
+#include "vx/parse/Settings.h"
 #include "vx/platform/Package.h"
 
 namespace parsetest {
@@ -32,6 +33,9 @@ inline int Size(const std::u16string& s) {
 inline std::string Narrow(const std::u16string& s) {
     return vx::CVelStr(Wide(s)).c_str();
 }
+
+// Tests name diagnostic codes by their enumerators.
+using enum vx::CParseError::eError;
 
 // One diagnostic as code, line and column.
 struct Diag {

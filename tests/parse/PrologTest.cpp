@@ -24,25 +24,25 @@ TEST(Prolog, XmlDeclarationAcceptsEitherOrderAndNoBlankAfterXml) {
 
 TEST(Prolog, XmlDeclarationErrorsAreAfterTheAttribute) {
     auto diags = [](const std::u16string& text) { return RunOn<vx::CParseXMLDecl>(text).diags; };
-    EXPECT_EQ(diags(u"<?xml version=\"1.1\"?>"), (D{{11, 1, 20}}));
-    EXPECT_EQ(diags(u"<?xml encoding=\"x\"?>"), (D{{9, 1, 19}}));
-    EXPECT_EQ(diags(u"<?xml version?>"), (D{{24, 1, 14}, {9, 1, 7}}));
-    EXPECT_EQ(diags(u"<?xml version=\"1.0\" foo=\"1\"?>"), (D{{12, 1, 28}}));
-    EXPECT_EQ(diags(u"<?xml version=\"1.0\" >"), (D{{13, 1, 21}}));
-    EXPECT_EQ(RunOn<vx::CParseXMLDecl>(u"<a/>"), (Result{false, 0, {{8, 1, 1}}}));
+    EXPECT_EQ(diags(u"<?xml version=\"1.1\"?>"), (D{{eErrVersionNum, 1, 20}}));
+    EXPECT_EQ(diags(u"<?xml encoding=\"x\"?>"), (D{{eErrNoVersionInfo, 1, 19}}));
+    EXPECT_EQ(diags(u"<?xml version?>"), (D{{eErrNoEq, 1, 14}, {eErrNoVersionInfo, 1, 7}}));
+    EXPECT_EQ(diags(u"<?xml version=\"1.0\" foo=\"1\"?>"), (D{{eErrUnexpectedAttValue, 1, 28}}));
+    EXPECT_EQ(diags(u"<?xml version=\"1.0\" >"), (D{{eErrXmlDeclEnd, 1, 21}}));
+    EXPECT_EQ(RunOn<vx::CParseXMLDecl>(u"<a/>"), (Result{false, 0, {{eErrNoXmlDecl, 1, 1}}}));
 }
 
 TEST(Prolog, CommentsAndProcessingInstructions) {
     vx::CParseComment comment;
     EXPECT_EQ(RunOn(comment, u"<!-- a -- b -->x").end, 15);
     EXPECT_EQ(Text(comment.GetText()), u" a -- b ");
-    EXPECT_EQ(RunOn<vx::CParseComment>(u"<!--a\x01-->").diags, (D{{14, 1, 6}}));
-    EXPECT_EQ(RunOn<vx::CParseComment>(u"<!-- abc"), (Result{false, 4, {{14, 1, 5}}}));
+    EXPECT_EQ(RunOn<vx::CParseComment>(u"<!--a\x01-->").diags, (D{{eErrCommentEnd, 1, 6}}));
+    EXPECT_EQ(RunOn<vx::CParseComment>(u"<!-- abc"), (Result{false, 4, {{eErrCommentEnd, 1, 5}}}));
 
     vx::CParsePI pi;
     EXPECT_EQ(RunOn(pi, u"<?target?>").end, 10);
     EXPECT_EQ(Text(pi.GetText()), u"target");
-    EXPECT_EQ(RunOn<vx::CParsePI>(u"<?t data").diags, (D{{16, 1, 3}}));
+    EXPECT_EQ(RunOn<vx::CParsePI>(u"<?t data").diags, (D{{eErrPIEnd, 1, 3}}));
 }
 
 // Where each production ends when run at the end of the source; -1 for a result or diagnostic.

@@ -12,7 +12,8 @@ TEST(CharData, StopsAtMarkupAndSectionEnd) {
     EXPECT_EQ(RunOn(text, u"a]]>b").end, 1);
     EXPECT_EQ(Text(text.GetCharData()), u"a");
     EXPECT_EQ(RunOn<vx::CParseCharData>(u"a]b&c").end, 3);
-    EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?><r>a]]>b</r>"), (D{{29, 1, 26}, {7, 0, 0}}));
+    EXPECT_EQ(DiagsOf(u"<?xml version=\"1.0\"?><r>a]]>b</r>"),
+              (D{{eErrTagMismatch, 1, 26}, {eErrParseStopped, 0, 0}}));
 
     // A CDATA section's text is verbatim; an open section is reported twice.
     vx::CParseCDSect empty, markup;
@@ -21,7 +22,7 @@ TEST(CharData, StopsAtMarkupAndSectionEnd) {
     RunOn(markup, u"<![CDATA[<&amp;]]>");
     EXPECT_EQ(Text(markup.GetCData()), u"<&amp;");
     EXPECT_EQ(RunOn<vx::CParseCDSect>(u"<![CDATA[abc"),
-              (Result{false, 9, {{31, 1, 10}, {31, 1, 10}}}));
+              (Result{false, 9, {{eErrCDEnd, 1, 10}, {eErrCDEnd, 1, 10}}}));
 }
 
 std::u16string CharOf(const std::u16string& reference) {
@@ -41,13 +42,13 @@ TEST(CharRef, ToStr) {
 
 TEST(Reference, MalformedReferencesGetTheirCodeAndThen30) {
     auto diags = [](const std::u16string& text) { return RunOn<vx::CParseReference>(text).diags; };
-    EXPECT_EQ(diags(u"&#x;"), (D{{21, 1, 4}, {30, 1, 4}}));
-    EXPECT_EQ(diags(u"&#;"), (D{{21, 1, 3}, {30, 1, 3}}));
-    EXPECT_EQ(diags(u"&#x4G;"), (D{{21, 1, 5}, {30, 1, 5}}));
-    EXPECT_EQ(diags(u"& x"), (D{{23, 1, 2}, {30, 1, 2}}));
-    EXPECT_EQ(diags(u"&"), (D{{19, 1, 2}, {30, 1, 2}}));
-    EXPECT_EQ(diags(u"&abc"), (D{{19, 1, 5}, {30, 1, 5}}));
-    EXPECT_EQ(diags(u"&abc x"), (D{{22, 1, 5}, {30, 1, 5}}));
+    EXPECT_EQ(diags(u"&#x;"), (D{{eErrCharRef, 1, 4}, {eErrReference, 1, 4}}));
+    EXPECT_EQ(diags(u"&#;"), (D{{eErrCharRef, 1, 3}, {eErrReference, 1, 3}}));
+    EXPECT_EQ(diags(u"&#x4G;"), (D{{eErrCharRef, 1, 5}, {eErrReference, 1, 5}}));
+    EXPECT_EQ(diags(u"& x"), (D{{eErrNoEntityName, 1, 2}, {eErrReference, 1, 2}}));
+    EXPECT_EQ(diags(u"&"), (D{{eErrUnexpectedEnd, 1, 2}, {eErrReference, 1, 2}}));
+    EXPECT_EQ(diags(u"&abc"), (D{{eErrUnexpectedEnd, 1, 5}, {eErrReference, 1, 5}}));
+    EXPECT_EQ(diags(u"&abc x"), (D{{eErrEntityRefEnd, 1, 5}, {eErrReference, 1, 5}}));
     EXPECT_EQ(RunOn<vx::CParseCharRef>(u"&#x41"), (Result{true, 0, {}}));  // absent, no error
 
     vx::CParseReference entity;
@@ -61,15 +62,20 @@ TEST(AttValue, ReferencesAreExpandedAndAnOpenValueIsReported) {
     vx::CParseAttValue value;
     EXPECT_EQ(RunOn(value, u"'&lt;&#65;&amp;b\t\"'"), (Result{true, 19, {}}));
     EXPECT_EQ(Text(value.GetValue()), u"<A&b\t\"");
-    EXPECT_EQ(RunOn<vx::CParseAttValue>(u"\"abc").diags, (D{{25, 1, 2}}));
+    EXPECT_EQ(RunOn<vx::CParseAttValue>(u"\"abc").diags, (D{{eErrAttValueEnd, 1, 2}}));
 }
 
 TEST(AttValue, BadReferencesInATagAreReportedTwicePerScan) {
     EXPECT_EQ(RunOn<vx::CParseElement>(u"<a x=\"&#xG;\"/>").diags,
-              Twice({{21, 1, 10}, {30, 1, 10}, {30, 1, 10}, {26, 1, 10}, {15, 1, 4}}));
+              Twice({{eErrCharRef, 1, 10},
+                     {eErrReference, 1, 10},
+                     {eErrReference, 1, 10},
+                     {eErrAttValue, 1, 10},
+                     {eErrUnexpectedChar, 1, 4}}));
     // An undeclared entity is reported at the opening quote.
-    EXPECT_EQ(RunOn<vx::CParseElement>(u"<a x=\"&u;\"/>").diags,
-              Twice({{62, 1, 6}, {26, 1, 6}, {15, 1, 4}}));
+    EXPECT_EQ(
+        RunOn<vx::CParseElement>(u"<a x=\"&u;\"/>").diags,
+        Twice({{eErrUndefinedEntity, 1, 6}, {eErrAttValue, 1, 6}, {eErrUnexpectedChar, 1, 4}}));
 }
 
 TEST(ReferenceExpansion, FailsWithoutTouchingTheResult) {

@@ -25,7 +25,7 @@ struct CDocument {
 };
 
 fs::path RepositoryRoot() {
-    return fs::path(std::getenv("VX_TEST_DATA")).parent_path().parent_path();
+    return fs::path(VX_SAMPLES_DIR).parent_path();
 }
 
 // The body of the literal that opens at pos (after its quote), with the common escapes undone.

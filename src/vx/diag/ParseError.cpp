@@ -195,9 +195,7 @@ void CParseErrorList::PushBack(const CParseError& error) {
 void CParseErrorList::Insert(const CParseError& error, int index) {
     // Kept: every index below the count is refused, and one above it names no position, so
     // Insert only ever appends.
-    if (index < 0 || index < GetSize() || index > GetSize()) {
-        ThrowOutOfRange("CParseErrorList::Insert()");
-    }
+    if (index != GetSize()) ThrowOutOfRange("CParseErrorList::Insert()");
     m_errors.insert(m_errors.begin() + index, error);
 }
 
@@ -208,14 +206,9 @@ void CParseErrorList::Erase(int /*index*/) {
     ThrowOutOfRange("CParseErrorList::Erase()");
 }
 
-int CParseErrorList::Find(const CParseError& error, int start) const {
-    if (start < 0) return -1;
-    // Kept: starts 0..count are refused, and a start above the count never enters the scan,
-    // so Find answers -1 for every argument.
-    if (start <= GetSize()) return -1;
-    for (int i = start; i < GetSize(); ++i) {
-        if (m_errors[i] == error) return i;
-    }
+int CParseErrorList::Find(const CParseError& /*error*/, int /*start*/) const {
+    // Kept: negative starts and 0..count are refused, and a start above the count lies past
+    // every error, so Find answers -1 for every argument.
     return -1;
 }
 

@@ -10,6 +10,7 @@ class CXmlAttribute : public CXmlBaseObject {
     explicit CXmlAttribute(CXmlBaseObject* parent) : CXmlBaseObject(parent) {}
 
     eXmlClassType GetClassType() const override { return eXmlAttributeType; }
+    // These two: output/NodeSource.cpp.
     void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
     void ConvertReturnCode(const CVelStrW& lineEnd) override;
 

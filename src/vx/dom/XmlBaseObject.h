@@ -5,7 +5,7 @@
 // its own synchronisation.
 #include <cstdint>
 
-#include "vx/text/Pages.h"
+#include "vx/memory/Pages.h"
 #include "vx/text/StringBuffer.h"
 #include "vx/text/VelStr.h"
 
@@ -36,7 +36,8 @@ class CXmlBaseObject : public vel::CPageAllocated {
     virtual ~CXmlBaseObject() = default;
 
     virtual eXmlClassType GetClassType() const = 0;
-    // Appends the node's XML text.
+    // Appends the node's XML text. Every node's GetSource and ConvertReturnCode are defined in
+    // output/ (NodeSource.cpp, DocumentSource.cpp).
     virtual void GetSource(CVelStringBuffer<CVelStrW>& out) const = 0;
     virtual CXmlBaseObject* GetParent() const { return m_parent; }
     // This node when it is a document, else the first document up the parent chain, or null.
@@ -47,7 +48,7 @@ class CXmlBaseObject : public vel::CPageAllocated {
     void SetParent(CXmlBaseObject* parent) { m_parent = parent; }
 
     // Converts text's line ends in place; logs and returns false when lineEnd is not one of
-    // CR, LF, CR LF.
+    // CR, LF, CR LF. Defined in output/LineEnd.cpp.
     static bool RetCodeConv(CVelStrW& text, CVelStrW lineEnd);
 
   private:

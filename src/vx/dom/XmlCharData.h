@@ -23,6 +23,7 @@ class CXmlCData : public CXmlStoredText {
     explicit CXmlCData(CXmlBaseObject* parent) : CXmlStoredText(parent) {}
 
     eXmlClassType GetClassType() const override { return eXmlCDataType; }
+    // These two: output/NodeSource.cpp.
     void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
     void ConvertReturnCode(const CVelStrW& lineEnd) override;
 };
@@ -32,6 +33,7 @@ class CXmlCDSect : public CXmlStoredText {
     explicit CXmlCDSect(CXmlBaseObject* parent) : CXmlStoredText(parent) {}
 
     eXmlClassType GetClassType() const override { return eXmlCDSectType; }
+    // These two: output/NodeSource.cpp.
     void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
     void ConvertReturnCode(const CVelStrW& lineEnd) override;
 };
@@ -41,6 +43,7 @@ class CXmlEntity : public CXmlTextObject {
     explicit CXmlEntity(CXmlBaseObject* parent) : CXmlTextObject(parent) {}
 
     eXmlClassType GetClassType() const override { return eXmlEntityType; }
+    // Defined in output/NodeSource.cpp.
     void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
     // A reference has no line ends of its own.
     void ConvertReturnCode(const CVelStrW&) override {}

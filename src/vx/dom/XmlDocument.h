@@ -19,7 +19,8 @@ class CXmlParsedEntity : public CXmlBaseObject {
     CXmlParsedEntity& operator=(const CXmlParsedEntity& other);
 
     eXmlClassType GetClassType() const override { return eXmlParsedEntityType; }
-    // Not implemented: always throws std::runtime_error("未作成").
+    // Not implemented: always throws std::runtime_error("未作成"). This and ConvertReturnCode:
+    // output/DocumentSource.cpp.
     void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
     void ConvertReturnCode(const CVelStrW& lineEnd) override;
 
@@ -40,11 +41,13 @@ class CXmlDocument : public CXmlBaseObject {
     ~CXmlDocument() override;
 
     eXmlClassType GetClassType() const override { return eXmlDocumentType; }
+    // This and ConvertReturnCode: output/DocumentSource.cpp.
     void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
     // Prolog content, root element and epilog content; not the DTD.
     void ConvertReturnCode(const CVelStrW& lineEnd) override;
     // Writes the text in the declared encoding, which must begin with Shift_JIS, EUC-JP,
     // ISO-2022-JP, ISO-10646-UCS-2 or ISO-10646-UCS-4 (any case). False on any failure.
+    // Defined in output/SaveToFile.cpp.
     bool SaveToFile(const CVelStr& fileName) const;
 
     CVelStrW GetVersion() const { return m_version; }

@@ -29,7 +29,7 @@ class CXmlDtdExternalID {
     CVelStrW getPublicLiteral() const { return m_publicLiteral; }
     std::int32_t getKind() const noexcept { return m_kind; }
 
-    // The identifier's text; nothing when the system literal is empty.
+    // The identifier's text; nothing when the system literal is empty (output/DocumentSource.cpp).
     void GetSource(CVelStringBuffer<CVelStrW>& out) const;
 
   private:
@@ -46,7 +46,8 @@ class CXmlDtd : public CXmlBaseObject {
     ~CXmlDtd() override;
 
     eXmlClassType GetClassType() const override { return eXmlDtdType; }
-    // "<!DOCTYPE name ...[]>" without a line end, or nothing when the name is empty.
+    // "<!DOCTYPE name ...[]>" without a line end, or nothing when the name is empty
+    // (output/DocumentSource.cpp).
     void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
     // A DTD has no text whose line ends are rewritten.
     void ConvertReturnCode(const CVelStrW&) override {}

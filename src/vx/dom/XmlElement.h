@@ -3,7 +3,7 @@
 #include "vx/diag/ParseError.h"
 #include "vx/dom/XmlAttribute.h"
 #include "vx/dom/XmlListContainer.h"
-#include "vx/text/SmallVector.h"
+#include "vx/memory/SmallVector.h"
 
 namespace vx {
 
@@ -30,6 +30,7 @@ class CXmlElement : public CXmlTextObject {
     CXmlElement& operator=(const CXmlElement& other);
 
     eXmlClassType GetClassType() const override { return eXmlElementType; }
+    // These two: output/NodeSource.cpp.
     void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
     void ConvertReturnCode(const CVelStrW& lineEnd) override;
     // All character content below this element, in document order.
@@ -68,8 +69,9 @@ class CXmlElement : public CXmlTextObject {
     const CXmlElement* GetParentElement() const;
     int GetElementCount(const CVelStrW& name) const;
 
-    // Parses text as a fragment into this element (defined by the parser). False, with this
-    // element unchanged, when the fragment has any diagnostic; errors (may be null) gets them.
+    // Parses text as a fragment into this element (defined in parse/ParseFromMemory.cpp). False,
+    // with this element unchanged, when the fragment has any diagnostic; errors (may be null) gets
+    // them.
     bool ParseFromMemory(const CVelStrW& text, CParseErrorList* errors);
 
   private:

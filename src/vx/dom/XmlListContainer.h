@@ -5,7 +5,7 @@
 #include <type_traits>
 
 #include "vx/dom/XmlBaseObject.h"
-#include "vx/text/SmallVector.h"
+#include "vx/memory/SmallVector.h"
 
 namespace vx {
 
@@ -24,6 +24,7 @@ class CXmlListContainer : public CXmlBaseObject {
     ~CXmlListContainer() override;
 
     eXmlClassType GetClassType() const override { return eXmlListContainerType; }
+    // These two: output/NodeSource.cpp.
     void GetSource(CVelStringBuffer<CVelStrW>& out) const override;
     void ConvertReturnCode(const CVelStrW& lineEnd) override;
 

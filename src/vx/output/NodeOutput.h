@@ -18,7 +18,8 @@ struct Site {
 };
 
 // text's line ends rewritten in place as lineEnd; a failure is logged from site and thrown as
-// std::runtime_error("<function> : 改行コード変換エラー").
+// std::runtime_error("<function> : 改行コード変換エラー"). The chain of line-end steps is
+// described in text/LineEnds.cpp.
 void ConvertLineEnds(CVelStrW& text, const CVelStrW& lineEnd, const Site& site);
 // text as node writes it: with the document's line ends when node is in a document.
 CVelStrW TextInDocument(const CXmlBaseObject& node, const CVelStrW& text, const Site& site);

@@ -4,10 +4,10 @@
 #include <vector>
 
 #include "vx/dom/XmlDocument.h"
+#include "vx/memory/Counts.h"
 #include "vx/output/SaveEncodings.h"
 #include "vx/platform/CodeConv.h"
 #include "vx/platform/File.h"
-#include "vx/text/Counts.h"
 
 namespace vx {
 

@@ -1,8 +1,10 @@
 // Attribute-list declarations. Checked for syntax only: no default or fixed value ever reaches
 // an element.
-#include "vx/parse/DeclarationSteps.h"
+#include "vx/parse/GrammarSteps.h"
 
 namespace vx {
+
+using namespace grammar;
 
 bool CParseAttlistDecl::Interpreter(CParse& parser, int start, int& end) {
     m_attDefs.Clear();

@@ -1,11 +1,12 @@
 // Names, character runs, attributes and attribute values.
 #include "vx/dom/NameCache.h"
 #include "vx/dom/XmlDtd.h"
-#include "vx/parse/Expressions.h"
-#include "vx/parse/Parse.h"
+#include "vx/parse/GrammarSteps.h"
 #include "vx/parse/ReferenceExpansion.h"
 
 namespace vx {
+
+using namespace grammar;
 
 bool CParseChars::Interpreter(CParse& parser, int start, int& end) {
     const CVelStrW& src = parser.Source();

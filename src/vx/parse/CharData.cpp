@@ -1,10 +1,12 @@
 // The text inside elements: character data, CDATA sections, entity and character references.
-#include <algorithm>
+#include <cstdint>
 
-#include "vx/parse/Expressions.h"
-#include "vx/parse/Parse.h"
+#include "vx/parse/GrammarSteps.h"
+#include "vx/text/CommonFunc.h"
 
 namespace vx {
+
+using namespace grammar;
 
 // ---- character data ----
 
@@ -81,30 +83,8 @@ bool CParseReference::Interpreter(CParse& parser, int start, int& end) {
 }
 
 bool CParseEntityRef::Interpreter(CParse& parser, int start, int& end) {
-    const CVelStrW& src = parser.Source();
-    int pos = start;
-    if (!AcceptChar(src, pos, u'&')) return Absent(start, end);
-    if (pos == src.GetLength()) return Fail(parser, CParseError::eErrUnexpectedEnd, pos, end);
-    CParseName name;
-    if (!TryMatch(name, parser, pos)) return Fail(parser, CParseError::eErrNoEntityName, pos, end);
-    if (pos == src.GetLength()) return Fail(parser, CParseError::eErrUnexpectedEnd, pos, end);
-    if (!AcceptChar(src, pos, u';')) return Fail(parser, CParseError::eErrEntityRefEnd, pos, end);
-    m_name = name.GetName();
-    end = pos;
-    return true;
+    return MatchNamedReference(parser, u'&', start, m_name, end);
 }
-
-namespace {
-
-bool IsHexDigit(char16_t ch) {
-    return (ch >= u'0' && ch <= u'9') || (ch >= u'a' && ch <= u'f') || (ch >= u'A' && ch <= u'F');
-}
-
-bool IsDecimalDigit(char16_t ch) {
-    return ch >= u'0' && ch <= u'9';
-}
-
-}  // namespace
 
 bool CParseCharRef::Interpreter(CParse& parser, int start, int& end) {
     const CVelStrW& src = parser.Source();
@@ -123,7 +103,7 @@ bool CParseCharRef::Interpreter(CParse& parser, int start, int& end) {
 
 int CParseCharRef::ScanDigits(const CVelStrW& src, int first, bool hex) {
     int pos = first;
-    while (pos < src.GetLength() && (hex ? IsHexDigit(src[pos]) : IsDecimalDigit(src[pos])))
+    while (pos < src.GetLength() && DigitValue(src[pos], hex ? 16 : 10) >= 0)
         ++pos;
     return pos;
 }
@@ -134,21 +114,14 @@ CVelStrW CParseCharRef::ToStr() const {
 }
 
 int CParseCharRef::ToUnits(char16_t& unit) const {
-    return DigitsToUnits(m_digits.c_str(), m_digits.GetLength(), unit);
+    return DigitsToUnits(m_digits, 0, m_digits.GetLength(), unit);
 }
 
-int CParseCharRef::DigitsToUnits(const char16_t* digits, int length, char16_t& unit) {
-    if (length == 0) return 0;
-    const bool hex = digits[0] == u'x';
-    // The digits were checked when matched, so this reads them as strtol would, without the
-    // narrow copy; and as a 32-bit long would, larger values saturate.
-    constexpr long kMax = 0x7FFFFFFF;
-    long value = 0;
-    for (int i = hex ? 1 : 0; i < length; ++i) {
-        const char16_t digit = digits[i];
-        const int unitValue = digit <= u'9' ? digit - u'0' : (digit | 0x20) - u'a' + 10;
-        value = std::min(value * (hex ? 16 : 10) + unitValue, kMax);
-    }
+int CParseCharRef::DigitsToUnits(const CVelStrW& text, int first, int end, char16_t& unit) {
+    if (first == end) return 0;
+    const bool hex = text[first] == u'x';
+    const std::int32_t value =
+        SaturatedCharRefValue(text, hex ? first + 1 : first, end - 1, hex ? 16 : 10);
     if (value == 0) return 0;
     unit = static_cast<char16_t>(value & 0xFFFF);
     return 1;

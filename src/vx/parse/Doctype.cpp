@@ -1,9 +1,11 @@
 // The document type declaration: external identifiers and literals, the internal subset's
 // markup declarations, declaration separators and parameter-entity references.
 #include "vx/dom/XmlDtd.h"
-#include "vx/parse/DeclarationSteps.h"
+#include "vx/parse/GrammarSteps.h"
 
 namespace vx {
+
+using namespace grammar;
 
 // ---- literals and external identifiers ----
 
@@ -58,7 +60,6 @@ bool CParseExternalID::Interpreter(CParse& parser, int start, int& end) {
     } else {
         return Absent(start, end);
     }
-    m_public = false;  // kept false for the PUBLIC form too, so the DTD sees a SYSTEM identifier
     m_systemLiteral = system.Literal();
     m_publicLiteral = pubid.Literal();
     return Matched(pos, end);
@@ -66,11 +67,7 @@ bool CParseExternalID::Interpreter(CParse& parser, int start, int& end) {
 
 CXmlDtdExternalID CParseExternalID::ToDtdExternalID() const {
     CXmlDtdExternalID id;
-    if (m_public) {
-        id.setPublicLiteral(m_systemLiteral, m_publicLiteral);
-    } else {
-        id.setSystemLiteral(m_systemLiteral);
-    }
+    id.setSystemLiteral(m_systemLiteral);
     return id;
 }
 
@@ -89,16 +86,7 @@ bool CParsePublicID::Interpreter(CParse& parser, int start, int& end) {
 // ---- parameter-entity references and declaration separators ----
 
 bool CParsePEReference::Interpreter(CParse& parser, int start, int& end) {
-    const CVelStrW& src = parser.Source();
-    int pos = start;
-    if (!AcceptChar(src, pos, u'%')) return Absent(start, end);
-    if (pos >= src.GetLength()) return Fail(parser, CParseError::eErrUnexpectedEnd, pos, end);
-    CParseName name;
-    if (!TryMatch(name, parser, pos)) return Fail(parser, CParseError::eErrNoEntityName, pos, end);
-    if (pos >= src.GetLength()) return Fail(parser, CParseError::eErrUnexpectedEnd, pos, end);
-    if (!AcceptChar(src, pos, u';')) return Fail(parser, CParseError::eErrEntityRefEnd, pos, end);
-    m_name = name.GetName();
-    return Matched(pos, end);
+    return MatchNamedReference(parser, u'%', start, m_name, end);
 }
 
 // A malformed reference stays reported and white space is tried all the same.

@@ -5,10 +5,13 @@
 #include <utility>
 
 #include "vx/dom/NameCache.h"
-#include "vx/parse/Expressions.h"
-#include "vx/parse/Parse.h"
+#include "vx/parse/GrammarSteps.h"
+#include "vx/platform/Guard.h"
+#include "vx/platform/Logger.h"
 
 namespace vx {
+
+using namespace grammar;
 
 namespace {
 
@@ -47,6 +50,11 @@ bool IsDuplicateName(const CAttributeList& attributes, const CVelStrW& name,
 template <class T>
 std::unique_ptr<T> DeepCopy(const std::unique_ptr<T>& source) {
     return source ? std::make_unique<T>(*source) : nullptr;
+}
+
+template <class Item>
+std::unique_ptr<CAbstractExpression> CopyOf(const CAbstractExpression& item) {
+    return std::make_unique<Item>(static_cast<const Item&>(item));
 }
 
 }  // namespace
@@ -154,6 +162,39 @@ void CParseContent::Clear() {
 
 void CParseContent::ReleaseChild(int index) {
     delete std::exchange(m_children[index], nullptr);
+}
+
+void CParseContent::CopyListToList(CExpressionList& dst, const CExpressionList& src) {
+    for (const CAbstractExpression* item : src) {
+        if (!item) continue;  // already taken over by tree building
+        std::unique_ptr<CAbstractExpression> copy;
+        switch (item->GetClassType()) {
+            case eParseCharData:
+                copy = CopyOf<CParseCharData>(*item);
+                break;
+            case eParseComment:
+                copy = CopyOf<CParseComment>(*item);
+                break;
+            case eParseElement:
+                copy = CopyOf<CParseElement>(*item);
+                break;
+            case eParsePI:
+                copy = CopyOf<CParsePI>(*item);
+                break;
+            case eParseReference:
+                copy = CopyOf<CParseReference>(*item);
+                break;
+            case eParseCDSect:
+                copy = CopyOf<CParseCDSect>(*item);
+                break;
+            default:
+                vel::LogFailure("AbstractExpression", __LINE__, "CParseContent::CopyListToList",
+                                "不明なクラス");
+                throw vel::CVelException("CParseContent::CopyListToList()");
+        }
+        dst.PushBack(copy.get());
+        copy.release();
+    }
 }
 
 template <class Item>

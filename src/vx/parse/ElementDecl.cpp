@@ -1,8 +1,10 @@
 // Element type declarations and their content models. Checked for syntax only: nothing is
 // validated against them.
-#include "vx/parse/DeclarationSteps.h"
+#include "vx/parse/GrammarSteps.h"
 
 namespace vx {
+
+using namespace grammar;
 
 bool CParseElementDecl::Interpreter(CParse& parser, int start, int& end) {
     int pos = start;

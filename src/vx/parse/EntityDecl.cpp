@@ -2,10 +2,12 @@
 // productions: they are stored in the parser's DTD.
 #include "vx/dom/XmlDocument.h"
 #include "vx/dom/XmlDtd.h"
-#include "vx/parse/DeclarationSteps.h"
+#include "vx/parse/GrammarSteps.h"
 #include "vx/text/CommonFunc.h"
 
 namespace vx {
+
+using namespace grammar;
 
 bool CParseEntityDecl::Interpreter(CParse& parser, int start, int& end) {
     return m_decl.MatchFirstOf<CParsePEDecl, CParseGEDecl>(parser, start, end);

@@ -1,113 +1,36 @@
 #pragma once
-// The grammar: one class per production of XML 1.0. Interpreter(parser, start, end) recognises
-// the production at start in the parser's source and records what it matched:
-// - end == start: the production is not present (result true);
-// - end > start: it matched source[start, end) (result true);
-// - result false: it began correctly but is malformed; the error is in the parser's list and
-//   end is where it was found.
-// Callers adopt a child's end only when it returned true (TryMatch in Matching.h), so a
-// failed alternative costs nothing to undo; its errors stay reported.
-// Copies are deep. Getters return strings by value (they share their buffer).
+// The grammar: one class per production of XML 1.0, on the base of ExpressionBase.h. Copies
+// are deep. Getters return strings by value (they share their buffer).
+//
+// Where each section of this header is defined:
+//   names, characters, white space        Attribute.cpp (CParseS: Prolog.cpp)
+//   attributes                            Attribute.cpp
+//   prolog                                Prolog.cpp
+//   character data, CDATA, references     CharData.cpp
+//   elements and content                  Element.cpp
+//   external identifiers and literals     Doctype.cpp
+//   parameter-entity references           Doctype.cpp
+//   element declarations                  ElementDecl.cpp
+//   attribute-list declarations           AttlistDecl.cpp
+//   entity and notation declarations      EntityDecl.cpp
+//   markup declarations, DOCTYPE          Doctype.cpp
+//   external subset and parsed entities   ExternalSubset.cpp
+// The steps the productions share (TryMatch, Fail, the keywords, ...) are in GrammarSteps.h;
+// the document production and tree building are members of CParse (Parse.cpp,
+// TreeBuilder.cpp).
 #include <cstdint>
 #include <memory>
 #include <optional>
 
-#include "vx/parse/Matching.h"
+#include "vx/diag/ParseError.h"
+#include "vx/memory/SmallVector.h"
+#include "vx/parse/ExpressionBase.h"
 #include "vx/text/CharClasses.h"
-#include "vx/text/Pages.h"
-#include "vx/text/SmallVector.h"
 #include "vx/text/VelStr.h"
 
 namespace vx {
 
 class CParse;
-
-// Fixed ids of the production classes: tree building and list copying dispatch on them.
-// 0..18 are the document-body productions in alphabetical order, then CDATA sections, then the
-// document type declaration.
-enum eParseClassType : std::uint8_t {
-    eParseAttribute = 0,
-    eParseAttValue = 1,
-    eParseCharData = 2,
-    eParseCharRef = 3,
-    eParseChars = 4,
-    eParseComment = 5,
-    eParseContent = 6,
-    eParseElement = 7,
-    eParseEmptyElemTag = 8,
-    eParseEntityRef = 9,
-    eParseETag = 10,
-    eParseMisc = 11,
-    eParseMiscList = 12,
-    eParseName = 13,
-    eParsePI = 14,
-    eParseReference = 15,
-    eParseS = 16,
-    eParseSTag = 17,
-    eParseXMLDecl = 18,
-    eParseCDSect = 19,
-    eParseCDStart = 20,
-    eParseCData = 21,
-    eParseCDEnd = 22,
-    eParseDoctypedecl = 23,
-    eParseExternalID = 24,
-    eParseSystemLiteral = 25,
-    eParsePubidLiteral = 26,
-    eParseMarkupDecl = 27,
-    eParseElementDecl = 28,
-    eParseContentSpec = 29,
-    eParseMixed = 30,
-    eParseChildren = 31,
-    eParseChoice = 32,
-    eParseCp = 33,
-    eParseSeq = 34,
-    eParseAttlistDecl = 35,
-    eParseAttDef = 36,
-    eParseAttType = 37,
-    eParseStringType = 38,
-    eParseTokenizedType = 39,
-    eParseEnumeratedType = 40,
-    eParseNotationType = 41,
-    eParseEnumeration = 42,
-    eParseNmtoken = 43,
-    eParseDefaultDecl = 44,
-    eParseEntityDecl = 45,
-    eParseGEDecl = 46,
-    eParseEntityDef = 47,
-    eParseNDataDecl = 48,
-    eParsePEDecl = 49,
-    eParsePEDef = 50,
-    eParseNotationDecl = 51,
-    eParsePITarget = 52,
-    eParseDeclSep = 53,
-    eParsePEReference = 54,
-    eParseExtSubset = 55,
-    eParseTextDecl = 56,
-    eParseExtSubsetDecl = 57,
-    eParseConditionalSect = 58,
-    eParseIncludeSect = 59,
-    eParseIgnoreSect = 60,
-    eParseIgnoreSectContents = 61,
-    eParseIgnore = 62,
-    eParseExtParsedEnt = 63,
-    eParseEntityValue = 64,
-    eParsePublicID = 65,
-};
-
-class CAbstractExpression : public vel::CPageAllocated {
-  public:
-    virtual ~CAbstractExpression() = default;
-    virtual bool Interpreter(CParse& parser, int start, int& end) = 0;
-    virtual eParseClassType GetClassType() const = 0;
-
-  protected:
-    CAbstractExpression() = default;
-    CAbstractExpression(const CAbstractExpression&) = default;
-    CAbstractExpression& operator=(const CAbstractExpression&) = default;
-};
-
-// A list of owned productions of mixed classes.
-using CExpressionList = CSmallVector<CAbstractExpression*>;
 
 // ---- names, characters, white space ----
 
@@ -329,8 +252,9 @@ class CParseCharRef : public CAbstractExpression {
     CVelStrW ToStr() const;
     // The same as units: 1 with the character in unit, or 0.
     int ToUnits(char16_t& unit) const;
-    // The same for checked digits ("x" and hexadecimal ones, or decimal ones).
-    static int DigitsToUnits(const char16_t* digits, int length, char16_t& unit);
+    // The same for the checked digits text[first..end) ("x" and hexadecimal ones, or decimal
+    // ones).
+    static int DigitsToUnits(const CVelStrW& text, int first, int end, char16_t& unit);
     // The end of the hexadecimal or decimal digits at first in src.
     static int ScanDigits(const CVelStrW& src, int first, bool hex);
 
@@ -483,42 +407,6 @@ class CParseElement : public CAbstractExpression {
 
 class CXmlDtdExternalID;
 
-// The alternative an ordered choice took: its place among the alternatives (from 1; 0 for
-// none) and an owned copy of the production that matched, copied with its own class's copy
-// constructor.
-class CParseAlternative {
-  public:
-    CParseAlternative() = default;
-    CParseAlternative(const CParseAlternative& other);
-    CParseAlternative& operator=(const CParseAlternative& other);
-    CParseAlternative(CParseAlternative&&) noexcept = default;
-    CParseAlternative& operator=(CParseAlternative&&) noexcept = default;
-    ~CParseAlternative() = default;
-
-    std::uint8_t GetIndex() const { return m_index; }
-    // The production that matched as Item, or null when another one (or none) did.
-    template <class Item>
-    const Item* Get() const {
-        return dynamic_cast<const Item*>(m_item.get());
-    }
-
-    // Tries Items at start in order and keeps the first that consumes input; one that fails
-    // ends the choice with its failure. None: absent. Defined in DeclarationSteps.h.
-    template <class... Items>
-    bool MatchFirstOf(CParse& parser, int start, int& end);
-    template <class Item>
-    void Set(std::uint8_t index, Item item);
-    void Reset();
-
-  private:
-    template <class Item>
-    bool Decides(CParse& parser, int start, int& end, std::uint8_t index, bool& result);
-
-    std::unique_ptr<CAbstractExpression> m_item;
-    CAbstractExpression* (*m_copy)(const CAbstractExpression&) = nullptr;
-    std::uint8_t m_index = 0;
-};
-
 // ---- external identifiers and literals ----
 
 // A literal between apostrophes or quotation marks; its characters are not checked.
@@ -555,12 +443,11 @@ class CParseExternalID : public CAbstractExpression {
     eParseClassType GetClassType() const override { return eParseExternalID; }
     CVelStrW getSystemLiteral() const { return m_systemLiteral; }
     CVelStrW getPublicLiteral() const { return m_publicLiteral; }
-    // The identifier as the DTD model keeps it: always of the SYSTEM kind, because the public
-    // flag is never set.
+    // The identifier as the DTD model keeps it: always of the SYSTEM kind, the PUBLIC form
+    // included.
     CXmlDtdExternalID ToDtdExternalID() const;
 
   private:
-    bool m_public = false;
     CVelStrW m_systemLiteral;
     CVelStrW m_publicLiteral;
 };
@@ -601,11 +488,7 @@ class CParseDeclSep : public CAbstractExpression {
 };
 
 // The target of a processing instruction is read with the instruction; this consumes nothing.
-class CParsePITarget : public CAbstractExpression {
-  public:
-    bool Interpreter(CParse&, int start, int& end) override { return Absent(start, end); }
-    eParseClassType GetClassType() const override { return eParsePITarget; }
-};
+class CParsePITarget : public CParseNothing<eParsePITarget> {};
 
 // ---- element declarations ----
 
@@ -1016,35 +899,11 @@ class CParseExtSubset : public CAbstractExpression {
 
 // Conditional sections are recognised by name only: these consume nothing, so INCLUDE and
 // IGNORE sections end an external subset's declarations.
-class CParseConditionalSect : public CAbstractExpression {
-  public:
-    bool Interpreter(CParse&, int start, int& end) override { return Absent(start, end); }
-    eParseClassType GetClassType() const override { return eParseConditionalSect; }
-};
-
-class CParseIncludeSect : public CAbstractExpression {
-  public:
-    bool Interpreter(CParse&, int start, int& end) override { return Absent(start, end); }
-    eParseClassType GetClassType() const override { return eParseIncludeSect; }
-};
-
-class CParseIgnoreSect : public CAbstractExpression {
-  public:
-    bool Interpreter(CParse&, int start, int& end) override { return Absent(start, end); }
-    eParseClassType GetClassType() const override { return eParseIgnoreSect; }
-};
-
-class CParseIgnoreSectContents : public CAbstractExpression {
-  public:
-    bool Interpreter(CParse&, int start, int& end) override { return Absent(start, end); }
-    eParseClassType GetClassType() const override { return eParseIgnoreSectContents; }
-};
-
-class CParseIgnore : public CAbstractExpression {
-  public:
-    bool Interpreter(CParse&, int start, int& end) override { return Absent(start, end); }
-    eParseClassType GetClassType() const override { return eParseIgnore; }
-};
+class CParseConditionalSect : public CParseNothing<eParseConditionalSect> {};
+class CParseIncludeSect : public CParseNothing<eParseIncludeSect> {};
+class CParseIgnoreSect : public CParseNothing<eParseIgnoreSect> {};
+class CParseIgnoreSectContents : public CParseNothing<eParseIgnoreSectContents> {};
+class CParseIgnore : public CParseNothing<eParseIgnore> {};
 
 // TextDecl? content. Never returns false; a text declaration that fails is read as content.
 class CParseExtParsedEnt : public CAbstractExpression {

@@ -5,11 +5,13 @@
 #include <utility>
 
 #include "vx/dom/XmlDocument.h"
-#include "vx/parse/Parse.h"
-#include "vx/platform/Package.h"
+#include "vx/parse/GrammarSteps.h"
+#include "vx/parse/Settings.h"
 #include "vx/platform/Path.h"
 
 namespace vx {
+
+using namespace grammar;
 
 namespace {
 

@@ -1,8 +1,10 @@
 // What an external file holds: the text declaration, the declarations of an external subset
 // and the content of an external parsed entity.
-#include "vx/parse/DeclarationSteps.h"
+#include "vx/parse/GrammarSteps.h"
 
 namespace vx {
+
+using namespace grammar;
 
 // The version is required here, unlike in XML 1.0; the encoding is optional.
 bool CParseTextDecl::Interpreter(CParse& parser, int start, int& end) {

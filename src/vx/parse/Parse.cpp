@@ -7,11 +7,16 @@
 #include <utility>
 
 #include "vx/dom/XmlDocument.h"
+#include "vx/parse/GrammarSteps.h"
+#include "vx/parse/Settings.h"
 #include "vx/parse/SinglePassReader.h"
 #include "vx/platform/File.h"
 #include "vx/platform/Package.h"
+#include "vx/text/Decode.h"
 
 namespace vx {
+
+using namespace grammar;
 
 CParseError::eError CParse::LoadWideText(const CVelStr& fileName, CVelStrW& text) {
     if (!vel::CVelFile().CreateFileA(fileName.c_str(), vel::CVelFile::eOpenRead)) {
@@ -25,16 +30,15 @@ CParseError::eError CParse::LoadWideText(const CVelStr& fileName, CVelStrW& text
     CVelStr bytes;
     // Readable a moment ago: a failure now is reported like one to open.
     if (!bytes.LoadFromFile(fileName.c_str())) return CParseError::eErrFileOpen;
-    int size = 0;
-    if (!vcc::GetBufSizeByByte(&size, bytes.GetLength(), code, vcc::eUtf16LE)) {
-        return CParseError::eErrNoMemory;
+    switch (DecodeToWide(bytes.c_str(), bytes.GetLength(), code, text)) {
+        case eDecodeResult::eDecoded:
+            return CParseError::eErrNone;
+        case eDecodeResult::eTooLarge:
+            return CParseError::eErrNoMemory;
+        case eDecodeResult::eNotConvertible:
+            break;
     }
-    char16_t* buffer = text.GetBuffer(size / 2);
-    if (!vcc::ConvertTo(bytes.c_str(), bytes.GetLength(), code, buffer, &size, vcc::eUtf16LE)) {
-        return CParseError::eErrCodeConvert;
-    }
-    text.Truncate(size / 2);
-    return CParseError::eErrNone;
+    return CParseError::eErrCodeConvert;
 }
 
 CParse::CParse() : m_dtd(new CXmlDtd(nullptr)) {}

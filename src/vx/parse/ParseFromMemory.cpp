@@ -3,9 +3,11 @@
 
 #include "vx/dom/XmlDocument.h"
 #include "vx/dom/XmlElement.h"
-#include "vx/parse/Parse.h"
+#include "vx/parse/GrammarSteps.h"
 
 namespace vx {
+
+using namespace grammar;
 
 // The declaration in front tells the parser that the buffer is already wide text.
 bool CXmlElement::ParseFromMemory(const CVelStrW& text, CParseErrorList* errors) {

@@ -2,10 +2,11 @@
 // processing instructions, white space and Misc*.
 #include <utility>
 
-#include "vx/parse/Expressions.h"
-#include "vx/parse/Parse.h"
+#include "vx/parse/GrammarSteps.h"
 
 namespace vx {
+
+using namespace grammar;
 
 // ---- XML declaration ----
 

@@ -1,12 +1,14 @@
 #include "vx/parse/ReferenceExpansion.h"
 
 #include "vx/dom/XmlDtd.h"
-#include "vx/parse/Matching.h"
+#include "vx/parse/GrammarSteps.h"
 #include "vx/platform/Logger.h"
 #include "vx/text/CommonFunc.h"
 #include "vx/text/StringBuffer.h"
 
 namespace vx {
+
+using namespace grammar;
 
 namespace {
 

@@ -8,11 +8,14 @@
 #include "vx/dom/XmlDtd.h"
 #include "vx/dom/XmlElement.h"
 #include "vx/parse/Expressions.h"
+#include "vx/parse/GrammarSteps.h"
 #include "vx/parse/Parse.h"
 #include "vx/parse/ReferenceExpansion.h"
 #include "vx/platform/Package.h"
 
 namespace vx {
+
+using namespace grammar;
 
 namespace {
 
@@ -299,8 +302,7 @@ bool CSinglePassReader::MatchReference(int pos, CReference& reference) {
     const int last = CParseCharRef::ScanDigits(m_src, first, hex);
     if (last == first || !IsCharAt(m_src, last, u';')) return false;
     reference.kind = CReference::eCharacter;
-    reference.units =
-        CParseCharRef::DigitsToUnits(m_src.c_str() + pos + 2, last - pos - 2, reference.unit);
+    reference.units = CParseCharRef::DigitsToUnits(m_src, pos + 2, last, reference.unit);
     reference.end = last + 1;
     return true;
 }

@@ -7,10 +7,12 @@
 
 #include "vx/dom/XmlCharData.h"
 #include "vx/dom/XmlDocument.h"
-#include "vx/parse/Parse.h"
+#include "vx/parse/GrammarSteps.h"
 #include "vx/platform/Package.h"
 
 namespace vx {
+
+using namespace grammar;
 
 namespace {
 

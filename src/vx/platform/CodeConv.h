@@ -21,8 +21,7 @@ bool GetBufSizeByByte(int* size, int srcLen, eCodeType from, eCodeType to);
 // written. No terminator is written. Malformed input or a character the target cannot hold
 // makes it fail; nothing is ever substituted. A leading byte-order mark of UTF-16LE, UCS-4LE
 // or UTF-8 input is dropped.
-bool ConvertTo(const char* src, int srcLen, eCodeType from, void* dst, int* dstSize,
-               eCodeType to);
+bool ConvertTo(const char* src, int srcLen, eCodeType from, void* dst, int* dstSize, eCodeType to);
 
 // Size in bytes of the terminating character of an encoding (2 for UTF-16LE, 4 for UCS-4LE,
 // 1 otherwise).

@@ -11,7 +11,7 @@ namespace vel {
 
 // The library's internal exception, for failures that are programming errors of a caller.
 class CVelException : public std::runtime_error {
-public:
+  public:
     using std::runtime_error::runtime_error;
 };
 
@@ -23,9 +23,6 @@ template <class Body>
 decltype(auto) Guarded(const char* unit, int line, const char* function, Body&& body) {
     try {
         return std::forward<Body>(body)();
-    } catch (const CVelException& e) {
-        LogCaughtException(unit, line, function, e.what());
-        throw;
     } catch (const std::exception& e) {
         LogCaughtException(unit, line, function, e.what());
         throw;

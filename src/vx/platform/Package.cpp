@@ -11,9 +11,6 @@ namespace {
 
 std::mutex g_finalizerMutex;
 std::atomic<int> g_nestingLimit{kDefaultNestingLimit};
-std::atomic<std::int64_t> g_expansionLimit{kDefaultExpansionLimit};
-std::atomic<bool> g_externalLoading{true};
-std::atomic<bool> g_singlePassReading{true};
 
 std::vector<void (*)()>& Finalizers() {  // guarded by g_finalizerMutex
     static std::vector<void (*)()> finalizers;
@@ -56,30 +53,6 @@ void SetNestingLimit(int depth) {
 
 int GetNestingLimit() {
     return g_nestingLimit.load();
-}
-
-void SetExpansionLimit(std::int64_t units) {
-    g_expansionLimit.store(std::max<std::int64_t>(units, 0));
-}
-
-std::int64_t GetExpansionLimit() {
-    return g_expansionLimit.load();
-}
-
-void SetExternalLoading(bool enabled) {
-    g_externalLoading.store(enabled);
-}
-
-bool IsExternalLoadingEnabled() {
-    return g_externalLoading.load();
-}
-
-void SetSinglePassReading(bool enabled) {
-    g_singlePassReading.store(enabled);
-}
-
-bool IsSinglePassReadingEnabled() {
-    return g_singlePassReading.load();
 }
 
 }  // namespace vx

@@ -2,6 +2,7 @@
 // fast and must reject every malformed sequence.
 
 #include "vx/platform/CodeConvDetail.h"
+#include "vx/platform/Utf8.h"
 
 namespace vcc::detail {
 
@@ -9,30 +10,6 @@ namespace {
 
 bool IsSurrogate(char32_t value) {
     return value >= 0xD800 && value <= 0xDFFF;
-}
-
-// Length of the well-formed UTF-8 sequence at p (n bytes available) and its value; 0 if the
-// bytes are not one (overlong forms, surrogates and values above U+10FFFF included).
-int ReadUtf8Sequence(const unsigned char* p, std::size_t n, char32_t& value) {
-    const unsigned char lead = p[0];
-    int length;
-    char32_t minimum;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2, value = lead & 0x1F, minimum = 0x80;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3, value = lead & 0x0F, minimum = 0x800;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4, value = lead & 0x07, minimum = 0x10000;
-    } else {
-        return 0;
-    }
-    if (n < static_cast<std::size_t>(length)) return 0;
-    for (int k = 1; k < length; ++k) {
-        if ((p[k] & 0xC0) != 0x80) return 0;
-        value = (value << 6) | (p[k] & 0x3F);
-    }
-    if (value < minimum || value > 0x10FFFF || IsSurrogate(value)) return 0;
-    return length;
 }
 
 // Next scalar value of UTF-16LE text at src[i], joining a surrogate pair; false for an unpaired
@@ -55,24 +32,7 @@ bool ReadUtf16CodePoint(const unsigned char* src, std::size_t length, std::size_
 
 bool PutUtf8(char32_t value, Output& out) {
     unsigned char bytes[4];
-    std::size_t count;
-    if (value < 0x80) {
-        return out.PutByte(static_cast<unsigned char>(value));
-    } else if (value < 0x800) {
-        bytes[0] = static_cast<unsigned char>(0xC0 | (value >> 6));
-        count = 2;
-    } else if (value < 0x10000) {
-        bytes[0] = static_cast<unsigned char>(0xE0 | (value >> 12));
-        count = 3;
-    } else {
-        bytes[0] = static_cast<unsigned char>(0xF0 | (value >> 18));
-        count = 4;
-    }
-    for (std::size_t k = 1; k < count; ++k) {
-        const int shift = static_cast<int>(6 * (count - 1 - k));
-        bytes[k] = static_cast<unsigned char>(0x80 | ((value >> shift) & 0x3F));
-    }
-    return out.PutBytes(bytes, count);
+    return out.PutBytes(bytes, static_cast<std::size_t>(WriteUtf8Sequence(value, bytes)));
 }
 
 bool PutUcs4(char32_t value, Output& out) {

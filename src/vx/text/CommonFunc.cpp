@@ -10,7 +10,6 @@ namespace vx {
 
 namespace {
 
-constexpr char16_t kCr = u'\r';
 constexpr char16_t kLf = u'\n';
 
 // Column of position on the line starting at lineStart. A far position saturates instead of
@@ -25,49 +24,10 @@ int ScanEnd(int position, int length) {
     return std::min(position, length);
 }
 
-int HexDigit(char16_t ch) {
-    if (ch >= u'0' && ch <= u'9') return ch - u'0';
-    if (ch >= u'a' && ch <= u'f') return ch - u'a' + 10;
-    if (ch >= u'A' && ch <= u'F') return ch - u'A' + 10;
-    return -1;
-}
-
-int DecimalDigit(char16_t ch) {
-    return ch >= u'0' && ch <= u'9' ? ch - u'0' : -1;
-}
-
 int SkipZeros(const CVelStrW& text, int index, int last) {
     while (index <= last && text[index] == u'0')
         ++index;
     return index;
-}
-
-// Hexadecimal digits text[index..last], accumulated in 16 bits: higher digits are lost.
-CVelStrW HexToChar(const CVelStrW& text, int index, int last) {
-    index = SkipZeros(text, index, last);
-    if (last - index > 31) return CVelStrW();
-    std::uint16_t value = 0;
-    for (; index <= last; ++index) {
-        const int digit = HexDigit(text[index]);
-        if (digit < 0) return CVelStrW();
-        value = static_cast<std::uint16_t>(value * 16 + digit);
-    }
-    return CVelStrW(static_cast<char16_t>(value));
-}
-
-// Decimal digits text[index..last]; a value beyond 32 bits is invalid, the result keeps the
-// low 16 bits.
-CVelStrW DecimalToChar(const CVelStrW& text, int index, int last) {
-    index = SkipZeros(text, index, last);
-    if (last - index > 9) return CVelStrW();
-    std::uint64_t value = 0;
-    for (; index <= last; ++index) {
-        const int digit = DecimalDigit(text[index]);
-        if (digit < 0) return CVelStrW();
-        value = value * 10 + static_cast<std::uint64_t>(digit);
-    }
-    if (value > 0xFFFFFFFFu) return CVelStrW();
-    return CVelStrW(static_cast<char16_t>(value & 0xFFFF));
 }
 
 // text with every occurrence of pattern replaced; the search goes on after the replacement, so
@@ -88,23 +48,6 @@ CVelStrW ReplaceAll(const CVelStrW& text, const CVelStrW& pattern, const CVelStr
 }
 
 }  // namespace
-
-void NormalizeRetCode(CVelStrW& text) {
-    if (text.Pos(kCr) == CVelStrW::npos) return;
-    const int length = text.GetLength();
-    char16_t* units = text.GetBuffer(length);
-    int written = 0;
-    for (int read = 0; read < length; ++read) {
-        if (units[read] != kCr) {
-            units[written++] = units[read];
-        } else if (read + 1 < length && units[read + 1] == kLf) {
-            continue;  // the LF that follows is copied next
-        } else {
-            units[written++] = kLf;
-        }
-    }
-    text.Truncate(written);
-}
 
 void GetLineAndCol(const CVelStrW& text, int position, int& line, int& column) {
     line = 1;
@@ -141,12 +84,38 @@ void CLineIndex::GetLineAndCol(int position, int& line, int& column) const {
     column = ColumnOf(position, *(next - 1));
 }
 
+int DigitValue(char16_t ch, int base) {
+    if (ch >= u'0' && ch <= u'9') return ch - u'0';
+    if (base == 16 && ch >= u'a' && ch <= u'f') return ch - u'a' + 10;
+    if (base == 16 && ch >= u'A' && ch <= u'F') return ch - u'A' + 10;
+    return -1;
+}
+
 CVelStrW ConvertNumToChar(const CVelStrW& text, int first, int last) {
     // Out-of-text bounds only come from a reference cut off by the end of the text.
     if (first < 0 || first > text.GetLength()) return CVelStrW();
     last = std::min(last, text.GetLength() - 1);
-    if (text[first] == u'x') return HexToChar(text, first + 1, last);
-    return DecimalToChar(text, first, last);
+    const int base = text[first] == u'x' ? 16 : 10;
+    const int index = SkipZeros(text, base == 16 ? first + 1 : first, last);
+    // At most 32 significant hexadecimal digits or 10 decimal ones.
+    if (last - index > (base == 16 ? 31 : 9)) return CVelStrW();
+    // Unsigned arithmetic wraps, which keeps the low 16 bits of a long hexadecimal number.
+    std::uint64_t value = 0;
+    for (int i = index; i <= last; ++i) {
+        const int digit = DigitValue(text[i], base);
+        if (digit < 0) return CVelStrW();
+        value = value * static_cast<std::uint64_t>(base) + static_cast<std::uint64_t>(digit);
+    }
+    if (base == 10 && value > 0xFFFFFFFFu) return CVelStrW();
+    return CVelStrW(static_cast<char16_t>(value & 0xFFFF));
+}
+
+std::int32_t SaturatedCharRefValue(const CVelStrW& text, int first, int last, int base) {
+    constexpr std::int64_t kMax = 0x7FFFFFFF;
+    std::int64_t value = 0;
+    for (int i = first; i <= last; ++i)
+        value = std::min(value * base + DigitValue(text[i], base), kMax);
+    return static_cast<std::int32_t>(value);
 }
 
 CVelStrW ConvertNumToChar(const CVelStrW& text) {

@@ -1,5 +1,6 @@
 #pragma once
 // Line ends, line/column positions and character references over the library's wide text.
+#include <cstdint>
 #include <vector>
 
 #include "vx/text/VelStr.h"
@@ -7,7 +8,7 @@
 namespace vx {
 
 // Turns every CR LF and every lone CR into a single LF, in place. A text without CR keeps its
-// shared buffer.
+// shared buffer. With the other line-end steps in LineEnds.cpp.
 void NormalizeRetCode(CVelStrW& text);
 
 // Line and column (both from 1) of position: the first unit of a line is column 1 and a line
@@ -15,9 +16,23 @@ void NormalizeRetCode(CVelStrW& text);
 // past the end keep counting columns on the last line.
 void GetLineAndCol(const CVelStrW& text, int position, int& line, int& column);
 
+// ---- character references ----
+// The digits of a character reference become a code unit by one of two rules, both kept on
+// purpose: the conversion functions here wrap and refuse (ConvertNumToChar), the grammar's
+// reference saturates (SaturatedCharRefValue).
+
+// The value of ch as a digit of base 10 or 16, or -1.
+int DigitValue(char16_t ch, int base);
+
 // The character of the reference digits text[first..last] ("x" then hexadecimal, or decimal):
-// one unit, truncated to 16 bits, or an empty string when the digits are not valid.
+// one unit, or an empty string when the digits are not valid. Leading zeros are skipped; more
+// than 32 significant hexadecimal or 10 decimal digits are invalid. A hexadecimal value wraps
+// at 16 bits; a decimal one beyond 32 bits is invalid, else its low 16 bits are kept.
 CVelStrW ConvertNumToChar(const CVelStrW& text, int first, int last);
+
+// The value of the digits text[first..last] of base, all valid, read as a 32-bit strtol reads
+// them: a larger value saturates at 0x7FFFFFFF.
+std::int32_t SaturatedCharRefValue(const CVelStrW& text, int first, int last, int base);
 
 // The text with every "&#...;" replaced by its character; an invalid one disappears.
 CVelStrW ConvertNumToChar(const CVelStrW& text);

@@ -1,43 +1,14 @@
+// The strings: conversion between UTF-8 narrow text and wide text, narrow sub-strings, files.
 #include "vx/text/VelStr.h"
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
-#include <cstdarg>
-#include <cstdio>
 #include <string>
 
 #include "vx/platform/File.h"
 #include "vx/platform/Guard.h"
 #include "vx/platform/Logger.h"
+#include "vx/platform/Utf8.h"
 
 namespace velstr {
-
-int FindUnit(const char16_t* text, int from, int length, char16_t a, char16_t b,
-             char16_t c) noexcept {
-    int i = from;
-#if defined(__SSE2__)
-    // Sixteen units at a time: one compare per wanted unit and half, the two halves' hits packed
-    // into one byte mask.
-    const __m128i wantA = _mm_set1_epi16(static_cast<short>(a));
-    const __m128i wantB = _mm_set1_epi16(static_cast<short>(b));
-    const __m128i wantC = _mm_set1_epi16(static_cast<short>(c));
-    auto hits = [&](const char16_t* units) {
-        const __m128i u = _mm_loadu_si128(reinterpret_cast<const __m128i*>(units));
-        return _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi16(u, wantA), _mm_cmpeq_epi16(u, wantB)),
-                            _mm_cmpeq_epi16(u, wantC));
-    };
-    for (; i + 16 <= length; i += 16) {
-        const int mask = _mm_movemask_epi8(_mm_packs_epi16(hits(text + i), hits(text + i + 8)));
-        if (mask != 0) return i + __builtin_ctz(static_cast<unsigned>(mask));
-    }
-#endif
-    for (; i < length; ++i) {
-        if (text[i] == a || text[i] == b || text[i] == c) return i;
-    }
-    return length;
-}
 
 namespace {
 
@@ -47,53 +18,9 @@ void LogUnconvertible(const char* operation) {
     vel::LogFailure("VelStr", __LINE__, operation, "cannot converted !!");
 }
 
-// Length of a valid UTF-8 sequence starting at p (at most n bytes available) and its scalar
-// value; 0 when the bytes do not form one.
-int DecodeUtf8(const unsigned char* p, int n, char32_t& value) {
-    const unsigned char lead = p[0];
-    int length;
-    char32_t min;
-    if (lead < 0x80) {
-        value = lead;
-        return 1;
-    } else if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2, value = lead & 0x1F, min = 0x80;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3, value = lead & 0x0F, min = 0x800;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4, value = lead & 0x07, min = 0x10000;
-    } else {
-        return 0;
-    }
-    if (length > n) return 0;
-    for (int i = 1; i < length; ++i) {
-        if ((p[i] & 0xC0) != 0x80) return 0;
-        value = (value << 6) | (p[i] & 0x3F);
-    }
-    if (value < min || value > 0x10FFFF || (value >= 0xD800 && value <= 0xDFFF)) return 0;
-    return length;
-}
-
-void EncodeUtf8(char32_t value, std::string& out) {
-    if (value < 0x80) {
-        out += static_cast<char>(value);
-    } else if (value < 0x800) {
-        out += static_cast<char>(0xC0 | (value >> 6));
-        out += static_cast<char>(0x80 | (value & 0x3F));
-    } else if (value < 0x10000) {
-        out += static_cast<char>(0xE0 | (value >> 12));
-        out += static_cast<char>(0x80 | ((value >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (value & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (value >> 18));
-        out += static_cast<char>(0x80 | ((value >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((value >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (value & 0x3F));
-    }
-}
-
-void AppendUnits(std::u16string& out, const char16_t* text) {
-    if (text) out += text;
+void AppendUtf8(char32_t value, std::string& out) {
+    unsigned char bytes[4];
+    out.append(reinterpret_cast<const char*>(bytes), vcc::detail::WriteUtf8Sequence(value, bytes));
 }
 
 }  // namespace
@@ -110,7 +37,7 @@ CVelStrW::CVelStrW(const CVelStr& narrow) {
     bool replaced = false;
     for (int i = 0; i < n;) {
         char32_t value;
-        const int length = DecodeUtf8(bytes + i, n - i, value);
+        const int length = vcc::detail::ReadUtf8Sequence(bytes + i, n - i, value);
         if (length == 0) {
             value = kReplacement;
             replaced = true;
@@ -144,7 +71,7 @@ CVelStr::CVelStr(const CVelStrW& wide) {
             value = kReplacement;
             replaced = true;
         }
-        EncodeUtf8(value, out);
+        AppendUtf8(value, out);
     }
     Assign(out.data(), vel::CheckedCount(static_cast<std::int64_t>(out.size())));
     if (replaced) LogUnconvertible("CVelStr::CVelStr(const CVelStrW&)");
@@ -155,124 +82,6 @@ CVelStr::CVelStr(const CVelStr& other, int first, int last) {
     if (first < 0) first = 0;
     if (last < 0 || last >= length) last = length - 1;
     if (first <= last) Assign(other.c_str() + first, last - first + 1);
-}
-
-CVelStr& CVelStr::Format(const char* format, ...) {
-    va_list args;
-    va_start(args, format);
-    va_list copy;
-    va_copy(copy, args);
-    const int length = std::vsnprintf(nullptr, 0, format, copy);
-    va_end(copy);
-    Clear();
-    if (length > 0) {
-        char* out = GetBuffer(length);
-        std::vsnprintf(out, static_cast<std::size_t>(length) + 1, format, args);
-    }
-    va_end(args);
-    return *this;
-}
-
-CVelStrW& CVelStrW::Format(const char16_t* format, ...) {
-    va_list args;
-    va_start(args, format);
-    std::u16string out;
-    for (const char16_t* p = format; *p; ++p) {
-        if (*p != u'%') {
-            out += *p;
-            continue;
-        }
-        // Flags and width, then an optional 'l', then the conversion.
-        std::string conversion = "%";
-        while (*++p && (*p == u'0' || *p == u'-' || (*p >= u'1' && *p <= u'9'))) {
-            conversion += static_cast<char>(*p);
-        }
-        const bool isLong = *p == u'l';
-        if (isLong) ++p;
-        char number[64];
-        switch (*p) {
-            case u's':
-                AppendUnits(out, va_arg(args, const char16_t*));
-                continue;
-            case u'c':
-                out += static_cast<char16_t>(va_arg(args, int));
-                continue;
-            case u'%':
-                out += u'%';
-                continue;
-            case u'd':
-            case u'u':
-            case u'x':
-            case u'X':
-                conversion += isLong ? "l" : "";
-                conversion += static_cast<char>(*p);
-                if (isLong) {
-                    std::snprintf(number, sizeof number, conversion.c_str(), va_arg(args, long));
-                } else {
-                    std::snprintf(number, sizeof number, conversion.c_str(), va_arg(args, int));
-                }
-                for (const char* q = number; *q; ++q)
-                    out += static_cast<char16_t>(*q);
-                continue;
-            default:  // an unknown conversion is written as it stands
-                for (char c : conversion)
-                    out += static_cast<char16_t>(c);
-                if (!*p) {
-                    --p;
-                } else {
-                    out += *p;
-                }
-                continue;
-        }
-    }
-    va_end(args);
-    *this = CVelStrW(out.data(), vel::CheckedCount(static_cast<std::int64_t>(out.size())));
-    return *this;
-}
-
-void CVelStrW::ConvRetCode(const CVelStrW& lineEnd) {
-    const bool valid =
-        lineEnd == CVelStrW(u"\r") || lineEnd == CVelStrW(u"\n") || lineEnd == CVelStrW(u"\r\n");
-    if (!valid) {
-        vel::LogFailure("VelStr", __LINE__, "CVelStrBase<T>::ConvRetCode",
-                        "引数が異常です。retcode='%s'", CVelStr(lineEnd).c_str());
-        ThrowStringError("CVelStrBase<T>::ConvRetCode");
-    }
-    const char16_t* text = c_str();
-    const int n = GetLength();
-    int loneCr = 0, loneLf = 0, pairs = 0;
-    for (int i = 0; i < n; ++i) {
-        if (text[i] == u'\r') {
-            if (i + 1 < n && text[i + 1] == u'\n') {
-                ++pairs;
-                ++i;
-            } else {
-                ++loneCr;
-            }
-        } else if (text[i] == u'\n') {
-            ++loneLf;
-        }
-    }
-    const int target = lineEnd.GetLength() == 2 ? 2 : (lineEnd[0] == u'\r' ? 1 : 0);
-    const int already = target == 2 ? pairs : (target == 1 ? loneCr : loneLf);
-    if (already == loneCr + loneLf + pairs) return;  // nothing to rewrite: keep the buffer shared
-
-    const int ends = loneCr + loneLf + pairs;
-    const int newLength = vel::CheckedCount(std::int64_t{n} - 2 * pairs - loneCr - loneLf +
-                                            std::int64_t{ends} * lineEnd.GetLength());
-    CVelStrW converted;
-    char16_t* out = converted.GetBuffer(newLength);
-    int w = 0;
-    for (int i = 0; i < n; ++i) {
-        if (text[i] == u'\r' || text[i] == u'\n') {
-            if (text[i] == u'\r' && i + 1 < n && text[i + 1] == u'\n') ++i;
-            for (int k = 0; k < lineEnd.GetLength(); ++k)
-                out[w++] = lineEnd[k];
-        } else {
-            out[w++] = text[i];
-        }
-    }
-    *this = std::move(converted);
 }
 
 bool CVelStr::LoadFromFile(const char* fileName) {

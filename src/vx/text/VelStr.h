@@ -11,9 +11,9 @@
 #include <type_traits>
 #include <utility>
 
+#include "vx/memory/Counts.h"
+#include "vx/memory/Pages.h"
 #include "vx/platform/Threads.h"
-#include "vx/text/Counts.h"
-#include "vx/text/Pages.h"
 
 namespace velstr {
 
@@ -260,7 +260,7 @@ class CVelStrW : public CVelStrBase<char16_t, CVelStrW> {
 
     // Rewrites every line end (CR LF, lone CR, lone LF) as lineEnd, which must be CR, LF or
     // CR LF; anything else is logged and throws, leaving the text unchanged. A text that has
-    // nothing to convert keeps its shared buffer.
+    // nothing to convert keeps its shared buffer. With the other line-end steps in LineEnds.cpp.
     void ConvRetCode(const CVelStrW& lineEnd);
 };
 

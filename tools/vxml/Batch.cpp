@@ -15,6 +15,7 @@
 #include <stdexcept>
 
 #include "Check.h"
+#include "Messages.h"
 #include "Output.h"
 
 namespace vxml {
@@ -77,7 +78,7 @@ void WriteAll(int fd, const void* data, std::size_t size) {
     while (size > 0) {
         const ssize_t put = ::write(fd, bytes, size);
         if (put < 0 && errno == EINTR) continue;
-        if (put <= 0) throw std::runtime_error("a worker's pipe broke");
+        if (put <= 0) throw std::runtime_error(Say(Text::kWorkerPipeBroke));
         bytes += put;
         size -= static_cast<std::size_t>(put);
     }
@@ -136,7 +137,7 @@ class WorkerPool {
         std::fflush(nullptr);  // nothing buffered may be written twice
         for (int i = 0; i < count; ++i)
             Start(files, options);
-        if (m_workers.empty()) throw std::runtime_error("cannot start a worker process");
+        if (m_workers.empty()) throw std::runtime_error(Say(Text::kWorkerNotStarted));
     }
     ~WorkerPool() {
         for (Worker& worker : m_workers) {
@@ -236,14 +237,14 @@ class WorkerPool {
         ReportHeader header{};
         FileReport report;
         if (!ReadAll(worker.results, &header, sizeof header)) {
-            throw std::runtime_error("a worker process ended early");
+            throw std::runtime_error(Say(Text::kWorkerEnded));
         }
         report.status = header.status;
         report.out.resize(header.outSize);
         report.err.resize(header.errSize);
         if (!ReadAll(worker.results, report.out.data(), header.outSize) ||
             !ReadAll(worker.results, report.err.data(), header.errSize)) {
-            throw std::runtime_error("a worker process ended early");
+            throw std::runtime_error(Say(Text::kWorkerEnded));
         }
         return {header.index, std::move(report)};
     }
@@ -283,10 +284,13 @@ class Reporter {
         ClearProgress();
         std::fflush(stdout);
         if (!quiet && m_reports.size() > 1) {
-            Write(stderr, "vxml: " + std::to_string(m_reports.size()) + " files checked, " +
-                              std::to_string(m_withDiagnostics) + " with diagnostics" +
-                              (m_failed ? ", " + std::to_string(m_failed) + " failed" : "") + ", " +
-                              FormatSeconds(SecondsSince(m_start)) + "\n");
+            const std::string failed =
+                m_failed ? Say(Text::kSummaryFailed, {std::to_string(m_failed)}) : "";
+            Write(stderr, "vxml: " +
+                              Say(Text::kSummary, {std::to_string(m_reports.size()),
+                                                   std::to_string(m_withDiagnostics), failed,
+                                                   FormatSeconds(SecondsSince(m_start))}) +
+                              "\n");
         }
         return m_failed ? 2 : m_withDiagnostics ? 1 : 0;
     }
@@ -294,7 +298,7 @@ class Reporter {
   private:
     static std::string FormatSeconds(double seconds) {
         char text[32];
-        std::snprintf(text, sizeof text, "%.2f s", seconds);
+        std::snprintf(text, sizeof text, "%.2f", seconds);
         return text;
     }
 
@@ -311,10 +315,11 @@ class Reporter {
         const double left = elapsed / m_received * (m_reports.size() - m_received);
         if (left <= 1.0 || elapsed - m_lastDrawn < 0.1) return;
         std::fflush(stdout);
-        Write(stderr, "\r\x1b[K" + std::to_string(m_received) + "/" +
-                          std::to_string(m_reports.size()) + " files, " +
-                          std::to_string(m_withDiagnostics) + " with diagnostics, about " +
-                          std::to_string(static_cast<int>(left + 0.5)) + " s left");
+        Write(stderr,
+              "\r\x1b[K" + Say(Text::kProgress,
+                               {std::to_string(m_received), std::to_string(m_reports.size()),
+                                std::to_string(m_withDiagnostics),
+                                std::to_string(static_cast<int>(left + 0.5))}));
         m_lastDrawn = elapsed;
         m_drawn = true;
     }

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "Messages.h"
 #include "Notes.h"
 #include "Output.h"
 
@@ -26,9 +27,9 @@ const char* LevelName(CParseError::eErrLevel level) {
     return "none";
 }
 
-std::string MessageOf(const CParseError& error, Language language) {
-    return language == Language::kEnglish ? ToString(error.GetEnglishErrMsg())
-                                          : ToUtf8(error.GetErrMsg());
+std::string MessageOf(const CParseError& error) {
+    return CurrentLanguage() == Language::kEnglish ? ToString(error.GetEnglishErrMsg())
+                                                   : ToUtf8(error.GetErrMsg());
 }
 
 // File errors carry (-1,-1) as their position; that names no place in the text.
@@ -51,21 +52,21 @@ std::string Location(const std::string& path, const CParseError& error,
 std::string ExternalRemark(const std::string& path, const CParseError& error,
                            const DiagnosticNote& note) {
     if (!note.external) return "";
-    if (note.externalFile.empty()) return " (in an external subset or entity)";
-    if (HasShownPosition(error)) return " (external text read for " + path + ")";
-    return " (external file " + note.externalFile + ")";
+    if (note.externalFile.empty()) return Say(Text::kInExternalText);
+    if (HasShownPosition(error)) return Say(Text::kExternalTextFor, {path});
+    return Say(Text::kExternalFile, {note.externalFile});
 }
 
 std::string FormatText(const std::string& path, const CParseError& error,
-                       const DiagnosticNote& note, Language language) {
+                       const DiagnosticNote& note) {
     std::string line = Location(path, error, note);
     line += std::string(": ") + LevelName(error.GetErrLevel()) + " " +
-            std::to_string(error.GetErrCode()) + ": " + MessageOf(error, language);
+            std::to_string(error.GetErrCode()) + ": " + MessageOf(error);
     if (IsFileError(error)) {
         line += " (" + ToUtf8(error.GetSource()) + ")";
     }
     line += ExternalRemark(path, error, note);
-    if (!note.hint.empty()) line += "\n  hint: " + note.hint;
+    if (!note.hint.empty()) line += "\n" + Say(Text::kHint, {note.hint});
     return line;
 }
 
@@ -86,12 +87,12 @@ std::string JsonNote(const DiagnosticNote& note) {
 }
 
 std::string FormatJson(const std::string& path, const CParseError& error,
-                       const DiagnosticNote& note, Language language) {
+                       const DiagnosticNote& note) {
     return "{\"file\":" + JsonString(path) + ",\"code\":" + std::to_string(error.GetErrCode()) +
            ",\"level\":" + JsonString(LevelName(error.GetErrLevel())) +
            ",\"line\":" + JsonPosition(error, error.GetLine()) +
            ",\"column\":" + JsonPosition(error, error.GetColumn()) +
-           ",\"message\":" + JsonString(MessageOf(error, language)) + JsonNote(note) + "}";
+           ",\"message\":" + JsonString(MessageOf(error)) + JsonNote(note) + "}";
 }
 
 std::string FormatDiagnostic(const std::string& path, const CParseError& error,
@@ -100,11 +101,11 @@ std::string FormatDiagnostic(const std::string& path, const CParseError& error,
         case Format::kNative:
             return ToUtf8(error.MakeErrMsg());
         case Format::kJson:
-            return FormatJson(path, error, note, options.language);
+            return FormatJson(path, error, note);
         case Format::kText:
             break;
     }
-    return FormatText(path, error, note, options.language);
+    return FormatText(path, error, note);
 }
 
 }  // namespace

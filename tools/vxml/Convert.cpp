@@ -14,6 +14,7 @@
 #include "Check.h"
 #include "Commands.h"
 #include "Document.h"
+#include "Messages.h"
 #include "Output.h"
 #include "vx/platform/File.h"
 
@@ -44,10 +45,7 @@ const Target& FindTarget(const std::string& name) {
     for (const Target& target : kTargets) {
         if (::strcasecmp(name.c_str(), target.name) == 0) return target;
     }
-    throw UsageError(
-        "convert writes UTF-8, UTF-16LE, UCS-4LE, Shift_JIS, MS932, EUC-JP or "
-        "ISO-2022-JP, not '" +
-        name + "'");
+    throw UsageError(Say(Text::kConvertTargets, {name}));
 }
 
 // Why nothing was written.
@@ -97,8 +95,7 @@ std::optional<Edit> EncodingEdit(const CVelStrW& text, const Target& target) {
     const int end = text.MatchAt(0, CVelStrW(u"<?xml")) ? text.Pos(CVelStrW(u"?>")) : -1;
     if (end < 0) {
         if (!target.needsDeclaration) return std::nullopt;
-        throw NotWritten(std::string("the document has no XML declaration, and vx reads ") +
-                         target.name + " only by the encoding the declaration names");
+        throw NotWritten(Say(Text::kDeclarationNeeded, {target.name}));
     }
     Edit edit;
     if (FindValue(text, CVelStrW(u"encoding"), end, edit.first, edit.last)) {
@@ -127,7 +124,7 @@ std::string ConvertText(const CVelStrW& text, vcc::eCodeType code) {
     const int sourceBytes = text.GetLength() * 2;
     int size = 0;
     if (!vcc::GetBufSizeByByte(&size, sourceBytes, vcc::eUtf16LE, code)) {
-        throw NotWritten("the document is too large");
+        throw NotWritten(Say(Text::kTooLarge));
     }
     std::string bytes(static_cast<std::size_t>(size), '\0');
     if (!vcc::ConvertTo(reinterpret_cast<const char*>(text.c_str()), sourceBytes, vcc::eUtf16LE,
@@ -149,13 +146,14 @@ std::string ConvertText(const CVelStrW& text, vcc::eCodeType code) {
                 pair ? 0x10000 + ((one[0] - 0xD800) << 10) + (one[1] - 0xDC00) : one[0];
             char name[16];
             std::snprintf(name, sizeof name, "U+%04X", static_cast<unsigned>(point));
-            throw NotWritten(std::string(name) + " at line " + std::to_string(line) + ", column " +
-                             std::to_string(column) + " cannot be written in " + target.name);
+            throw NotWritten(
+                Say(Text::kUnwritableCharacter,
+                    {name, std::to_string(line), std::to_string(column), target.name}));
         }
         if (text[i] == u'\n') line += 1, column = 0;
         i += pair;
     }
-    throw NotWritten(std::string("the text cannot be converted to ") + target.name);
+    throw NotWritten(Say(Text::kNotConvertible, {target.name}));
 }
 
 std::string Encode(const CVelStrW& text, const Target& target) {
@@ -239,17 +237,17 @@ void CheckReadBack(const std::string& bytes, const CVelStrW& written,
     }
     CVelStrW text;
     if (vx::CParse::LoadWideText(ToVelStr(file.Path()), text) != vx::CParseError::eErrNone) {
-        throw NotWritten("vx would not read the converted file");
+        throw NotWritten(Say(Text::kUnreadableResult));
     }
-    if (text != written) throw NotWritten("the converted file reads back as other text");
+    if (text != written) throw NotWritten(Say(Text::kOtherText));
     vx::CParse parser;
     std::unique_ptr<vx::CXmlDocument> copy(parser.ParseForBuf(text, ToVelStr(documentPath)));
     if (!SameDiagnostics(original, {*copy, Normalised(text)}, map)) {
-        throw NotWritten("the converted file has other diagnostics than the original");
+        throw NotWritten(Say(Text::kOtherDiagnostics));
     }
     copy->SetEncoding(original.document.GetEncoding());
     if (DocumentText(*copy) != DocumentText(original.document)) {
-        throw NotWritten("the converted file gives another tree than the original");
+        throw NotWritten(Say(Text::kOtherTree));
     }
 }
 
@@ -259,15 +257,14 @@ void WriteOut(const std::string& out, const std::string& bytes) {
         return;
     }
     if (!vel::ReplaceFileContents(out.c_str(), bytes.data(), static_cast<int>(bytes.size()))) {
-        throw NotWritten(std::string("cannot write: ") +
-                         std::strerror(vel::CVelFile::GetLastError()));
+        throw NotWritten(Say(Text::kCannotWrite, {std::strerror(vel::CVelFile::GetLastError())}));
     }
 }
 
 void Convert(const LoadedDocument& loaded, const Target& target, const std::string& out) {
     CVelStrW text;
     if (vx::CParse::LoadWideText(ToVelStr(loaded.path), text) != vx::CParseError::eErrNone) {
-        throw NotWritten("vx cannot read " + loaded.shownPath);
+        throw NotWritten(Say(Text::kSourceUnreadable, {loaded.shownPath}));
     }
     const std::optional<Edit> edit = EncodingEdit(text, target);
     const CVelStrW written = edit ? Apply(text, *edit) : text;
@@ -286,7 +283,7 @@ int RunConvert(const Options& options) {
     try {
         Convert(loaded, target, *options.output);
     } catch (const NotWritten& reason) {
-        Write(stderr, "vxml: " + *options.output + " not written: " + reason.what() + "\n");
+        Write(stderr, "vxml: " + Say(Text::kNotWritten, {*options.output, reason.what()}) + "\n");
         return 1;
     }
     return 0;

@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "Check.h"
+#include "Messages.h"
 #include "Output.h"
 
 namespace vxml {
@@ -18,29 +19,29 @@ std::runtime_error SystemError(const std::string& what) {
     return std::runtime_error(what + ": " + std::strerror(errno));
 }
 
-void CopyAll(int from, int to, const char* what) {
+void CopyAll(int from, int to, Text failure) {
     char block[65536];
     for (;;) {
         const ssize_t got = ::read(from, block, sizeof block);
         if (got == 0) return;
         if (got < 0) {
             if (errno == EINTR) continue;
-            throw SystemError(std::string("cannot copy ") + what);
+            throw SystemError(Say(failure));
         }
         for (ssize_t done = 0; done < got;) {
             const ssize_t put = ::write(to, block + done, got - done);
-            if (put < 0 && errno != EINTR) throw SystemError(std::string("cannot copy ") + what);
+            if (put < 0 && errno != EINTR) throw SystemError(Say(failure));
             if (put > 0) done += put;
         }
     }
 }
 
 // Copies the stream into the file at path, or the file into the stream.
-void CopyWithFile(const std::string& path, bool intoFile, int stream, const char* streamName) {
+void CopyWithFile(const std::string& path, bool intoFile, int stream, Text failure) {
     const int fd = ::open(path.c_str(), intoFile ? O_WRONLY : O_RDONLY);
-    if (fd < 0) throw SystemError("cannot open " + path);
+    if (fd < 0) throw SystemError(Say(Text::kCannotOpen, {path}));
     try {
-        intoFile ? CopyAll(stream, fd, streamName) : CopyAll(fd, stream, streamName);
+        intoFile ? CopyAll(stream, fd, failure) : CopyAll(fd, stream, failure);
     } catch (...) {
         ::close(fd);
         throw;
@@ -50,7 +51,7 @@ void CopyWithFile(const std::string& path, bool intoFile, int stream, const char
 
 std::shared_ptr<const TemporaryFile> CopyStandardInput() {
     auto copy = std::make_shared<const TemporaryFile>();
-    CopyWithFile(copy->Path(), true, STDIN_FILENO, "standard input");
+    CopyWithFile(copy->Path(), true, STDIN_FILENO, Text::kCannotCopyInput);
     return copy;
 }
 
@@ -64,7 +65,7 @@ TemporaryFile::TemporaryFile() {
     const char* dir = std::getenv("TMPDIR");
     m_path = std::string(dir && *dir ? dir : "/tmp") + "/vxml-XXXXXX";
     const int fd = ::mkstemp(m_path.data());
-    if (fd < 0) throw SystemError("cannot create a temporary file");
+    if (fd < 0) throw SystemError(Say(Text::kNoTemporaryFile));
     ::close(fd);
 }
 
@@ -74,7 +75,7 @@ TemporaryFile::~TemporaryFile() {
 
 void CopyToStandardOutput(const std::string& path) {
     std::fflush(stdout);
-    CopyWithFile(path, false, STDOUT_FILENO, "standard output");
+    CopyWithFile(path, false, STDOUT_FILENO, Text::kCannotCopyOutput);
 }
 
 LoadedDocument LoadDocument(const std::string& file) {

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <set>
 
+#include "Messages.h"
 #include "Output.h"
 
 namespace vxml {
@@ -15,20 +16,15 @@ namespace {
 
 using vx::CParseError;
 
-constexpr const char* kWhatVxReads =
-    "; vx reads UTF-16LE and UCS-4LE from the first bytes, other files by "
-    "encoding=\"NAME\" in the XML declaration, with no blank around '=', NAME being "
-    "Shift_JIS, EUC-JP, ISO-2022-JP, UTF-8 or MS932 (any case)";
-
 std::string OpenFailureReason(const std::string& path) {
     const int fd = ::open(path.c_str(), O_RDONLY | O_NONBLOCK);
     if (fd < 0) return std::strerror(errno);
     struct stat info {};
     const bool known = ::fstat(fd, &info) == 0;
     ::close(fd);
-    if (known && S_ISDIR(info.st_mode)) return "it is a directory";
-    if (known && !S_ISREG(info.st_mode)) return "it is not a regular file";
-    return "it could not be read";
+    if (known && S_ISDIR(info.st_mode)) return Say(Text::kIsDirectory);
+    if (known && !S_ISREG(info.st_mode)) return Say(Text::kNotRegularFile);
+    return Say(Text::kNotReadable);
 }
 
 // The file's bytes up to and including the first '>', as far as vx looks.
@@ -49,18 +45,17 @@ std::string DeclarationBytes(const std::string& path) {
 
 std::string StartProblem(const std::string& bytes) {
     if (bytes.rfind("\xEF\xBB\xBF", 0) == 0) {
-        return "the file begins with a UTF-8 byte-order mark, which vx does not accept";
+        return Say(Text::kUtf8ByteOrderMark);
     }
     if (bytes.rfind("\xFE\xFF", 0) == 0 || (bytes.size() >= 2 && bytes[0] == '\0')) {
-        return "the file is big-endian UTF-16 or UCS-4, which vx does not read";
+        return Say(Text::kBigEndian);
     }
     if (bytes.size() >= 2 && bytes[1] == '\0') {
-        return "the file looks like UTF-16LE or UCS-4LE but does not begin with '<' or a "
-               "byte-order mark";
+        return Say(Text::kNoLessThanFirst);
     }
-    if (bytes.size() < 4) return "the file is shorter than 4 bytes";
-    if (bytes.rfind("<?xm", 0) != 0) return "the file has no XML declaration";
-    if (bytes.back() != '>') return "the XML declaration does not end";
+    if (bytes.size() < 4) return Say(Text::kShorterThanFour);
+    if (bytes.rfind("<?xm", 0) != 0) return Say(Text::kNoDeclaration);
+    if (bytes.back() != '>') return Say(Text::kDeclarationUnended);
     return "";
 }
 
@@ -68,22 +63,21 @@ std::string ValueProblem(const std::string& declaration, std::size_t at) {
     const char quote = at < declaration.size() ? declaration[at] : '\0';
     const std::size_t close = declaration.find(quote, at + 1);
     if ((quote != '"' && quote != '\'') || close == std::string::npos) {
-        return "the declaration's encoding value is not quoted";
+        return Say(Text::kEncodingUnquoted);
     }
-    return "the declaration names encoding '" + declaration.substr(at + 1, close - at - 1) +
-           "', which vx does not read";
+    return Say(Text::kEncodingUnread, {declaration.substr(at + 1, close - at - 1)});
 }
 
 std::string DeclarationProblem(const std::string& declaration) {
     const std::size_t exact = declaration.find("encoding=");
     if (exact != std::string::npos) return ValueProblem(declaration, exact + 9);
     const std::size_t word = declaration.find("encoding");
-    if (word == std::string::npos) return "the XML declaration has no encoding";
+    if (word == std::string::npos) return Say(Text::kNoEncoding);
     const std::size_t equals = declaration.find_first_not_of(" \t\r\n", word + 8);
     if (equals != std::string::npos && declaration[equals] == '=') {
-        return "the declaration has blanks around '=' after encoding";
+        return Say(Text::kBlanksAroundEquals);
     }
-    return "the declaration's encoding has no '='";
+    return Say(Text::kNoEquals);
 }
 
 // The system literals of a text, in order: SYSTEM "x", and the second literal of PUBLIC.
@@ -235,7 +229,7 @@ std::string EncodingHint(const std::string& path) {
     const std::string bytes = DeclarationBytes(path);
     std::string problem = StartProblem(bytes);
     if (problem.empty()) problem = DeclarationProblem(bytes);
-    return problem + kWhatVxReads;
+    return Say(Text::kEncodingHint, {problem});
 }
 
 std::vector<DiagnosticNote> NoteDiagnostics(const LoadedDocument& loaded, bool externalLoading) {

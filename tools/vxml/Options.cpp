@@ -22,20 +22,20 @@ Command FindCommand(std::string_view name) {
     for (const CommandName& entry : kCommands) {
         if (entry.name == name) return entry.command;
     }
-    throw UsageError("unknown command '" + std::string(name) + "'");
+    throw UsageError(Say(Text::kUnknownCommand, {name}));
 }
 
 Language ParseLanguage(const std::string& value) {
     if (value == "ja") return Language::kJapanese;
     if (value == "en") return Language::kEnglish;
-    throw UsageError("--lang takes ja or en, not '" + value + "'");
+    throw UsageError(Say(Text::kLangValue, {value}));
 }
 
 Format ParseFormat(const std::string& value) {
     if (value == "text") return Format::kText;
     if (value == "native") return Format::kNative;
     if (value == "json") return Format::kJson;
-    throw UsageError("--format takes text, native or json, not '" + value + "'");
+    throw UsageError(Say(Text::kFormatValue, {value}));
 }
 
 // An option that takes a value, and the commands that accept it.
@@ -50,7 +50,7 @@ int ParseJobs(const std::string& value) {
     char* end = nullptr;
     const long jobs = std::strtol(value.c_str(), &end, 10);
     if (value.empty() || *end != '\0' || jobs < 1 || jobs > 256) {
-        throw UsageError("--jobs takes a number from 1 to 256, not '" + value + "'");
+        throw UsageError(Say(Text::kJobsValue, {value}));
     }
     return static_cast<int>(jobs);
 }
@@ -61,7 +61,7 @@ constexpr std::initializer_list<Command> kWriters = {Command::kSave, Command::kC
 
 const ValueOption kValueOptions[] = {
     {"--lang", "", kAllCommands,
-     [](Options& o, const std::string& v) { o.language = ParseLanguage(v); }},
+     [](Options&, const std::string& v) { SetLanguage(ParseLanguage(v)); }},
     {"--format",
      "",
      {Command::kCheck},
@@ -107,21 +107,22 @@ const ValueOption& FindValueOption(const std::string& name, Command command) {
         if (name != option.name && name != option.shortName) continue;
         if (std::find(option.commands.begin(), option.commands.end(), command) ==
             option.commands.end()) {
-            throw UsageError(std::string(NameOf(command)) + " does not take " + name);
+            throw UsageError(Say(Text::kOptionNotTaken, {NameOf(command), name}));
         }
         return option;
     }
-    throw UsageError("unknown option '" + name + "'");
+    throw UsageError(Say(Text::kUnknownOption, {name}));
 }
 
 class ArgumentReader {
   public:
     ArgumentReader(int argc, const char* const* argv) : m_argv(argv + 1, argv + argc) {}
 
+    const std::vector<std::string>& All() const { return m_argv; }
     bool AtEnd() const { return m_next == m_argv.size(); }
     std::string Next() { return m_argv[m_next++]; }
     std::string ValueOf(const std::string& option) {
-        if (AtEnd()) throw UsageError(option + " needs a value");
+        if (AtEnd()) throw UsageError(Say(Text::kNeedsValue, {option}));
         return Next();
     }
 
@@ -153,8 +154,7 @@ void ReadCommandArguments(ArgumentReader& reader, Options& options) {
             options.huge = true;
         } else if (const FlagOption* flag = FindFlagOption(argument)) {
             if (options.command != Command::kCheck) {
-                throw UsageError(std::string(NameOf(options.command)) + " does not take " +
-                                 argument);
+                throw UsageError(Say(Text::kOptionNotTaken, {NameOf(options.command), argument}));
             }
             options.*(flag->flag) = true;
         } else {
@@ -168,17 +168,28 @@ void RequireComplete(Options& options) {
     const std::string name(NameOf(options.command));
     const std::size_t count = options.files.size();
     if (count == 0 && options.command == Command::kCheck) options.files.push_back("-");
-    if (options.files.empty()) throw UsageError("no FILE given");
+    if (options.files.empty()) throw UsageError(Say(Text::kNoFile));
     if (options.command != Command::kCheck && count > 1) {
-        throw UsageError(name + " takes one FILE, got " + std::to_string(count));
+        throw UsageError(Say(Text::kOneFile, {name, std::to_string(count)}));
     }
     const bool writes = options.command == Command::kSave || options.command == Command::kConvert;
-    if (writes && !options.encoding) throw UsageError(name + " needs --encoding NAME");
-    if (writes && !options.output) throw UsageError(name + " needs -o OUT");
+    if (writes && !options.encoding) throw UsageError(Say(Text::kNeedsEncoding, {name}));
+    if (writes && !options.output) throw UsageError(Say(Text::kNeedsOutput, {name}));
 }
 
 bool IsJapanese(const char* locale) {
     return std::string_view(locale).substr(0, 2) == "ja";
+}
+
+// --lang anywhere on the line also decides the language of a usage error found before it.
+Language ChosenLanguage(const std::vector<std::string>& arguments) {
+    Language language = LocaleLanguage();
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        std::string value = arguments[i].rfind("--lang=", 0) == 0 ? arguments[i].substr(7) : "";
+        if (arguments[i] == "--lang" && i + 1 < arguments.size()) value = arguments[i + 1];
+        if (value == "ja" || value == "en") language = ParseLanguage(value);
+    }
+    return language;
 }
 
 }  // namespace
@@ -194,8 +205,8 @@ Language LocaleLanguage() {
 Options ParseArguments(int argc, const char* const* argv) {
     ArgumentReader reader(argc, argv);
     Options options;
-    options.language = LocaleLanguage();
-    if (reader.AtEnd()) throw UsageError("no command given");
+    SetLanguage(ChosenLanguage(reader.All()));
+    if (reader.AtEnd()) throw UsageError(Say(Text::kNoCommand));
     const std::string first = reader.Next();
     if (first == "--help" || first == "-h") {
         options.help = true;

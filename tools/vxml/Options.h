@@ -5,17 +5,17 @@
 #include <string>
 #include <vector>
 
+#include "Messages.h"
+
 namespace vxml {
 
 enum class Command { kNone, kCheck, kPrint, kTree, kSave, kConvert };
-enum class Language { kJapanese, kEnglish };
 enum class Format { kText, kNative, kJson };
 
 struct Options {
     Command command = Command::kNone;
     bool help = false;
     bool version = false;
-    Language language = Language::kJapanese;
     Format format = Format::kText;
     bool noExternal = false;  // check: open no file that a document names
     bool huge = false;        // any command: entity references may copy without limit
@@ -37,8 +37,8 @@ class UsageError : public std::runtime_error {
 // Japanese when the locale's messages are (LC_ALL, else LC_MESSAGES, else LANG), else English.
 Language LocaleLanguage();
 
-// Throws UsageError. With help or version set, the files and required options are not
-// checked, so "vxml save --help" works on its own.
+// Sets the language (the locale's, or --lang's) and throws UsageError in it. With help or version
+// set, the files and required options are not checked, so "vxml save --help" works on its own.
 Options ParseArguments(int argc, const char* const* argv);
 
 }  // namespace vxml

@@ -9,6 +9,7 @@
 #include "Check.h"
 #include "Commands.h"
 #include "Document.h"
+#include "Messages.h"
 #include "Output.h"
 
 namespace vxml {
@@ -24,7 +25,7 @@ std::string SavableNames() {
     std::string names;
     for (const vx::SSaveEncoding& encoding : vx::kSaveEncodings) {
         if (LosesText(encoding)) continue;
-        names += (names.empty() ? "" : ", ") + ToUtf8(encoding.name);
+        names += (names.empty() ? "" : Say(Text::kListSeparator)) + ToUtf8(encoding.name);
     }
     return names;
 }
@@ -33,7 +34,7 @@ std::string SavableNames() {
 std::string WriteProblem(const std::string& path) {
     struct stat info {};
     if (::stat(path.c_str(), &info) == 0) {
-        if (S_ISDIR(info.st_mode)) return "it is a directory";
+        if (S_ISDIR(info.st_mode)) return Say(Text::kIsDirectory);
         return ::access(path.c_str(), W_OK) == 0 ? "" : std::strerror(errno);
     }
     const std::filesystem::path parent = std::filesystem::path(path).parent_path();
@@ -45,26 +46,24 @@ std::string WriteProblem(const std::string& path) {
 std::string EncodingProblem(const std::string& name) {
     const vx::SSaveEncoding* encoding = vx::FindSaveEncoding(vx::CVelStrW(ToVelStr(name)));
     if (!encoding) {
-        return "unsupported encoding '" + name + "' (vx saves " + SavableNames() +
-               "; 'vxml convert' also writes UTF-8, UTF-16LE and UCS-4LE)";
+        return Say(Text::kNotSavable, {name, SavableNames()});
     }
     if (LosesText(*encoding)) {
-        return "vx saves " + ToUtf8(encoding->name) +
-               " only up to the first zero byte, which would lose the document; use 'vxml "
-               "convert --encoding " +
-               (encoding->code == vcc::eUtf16LE ? "UTF-16LE" : "UCS-4LE") + "' instead";
+        return Say(
+            Text::kSaveLosesText,
+            {ToUtf8(encoding->name), encoding->code == vcc::eUtf16LE ? "UTF-16LE" : "UCS-4LE"});
     }
     return "";
 }
 
 std::string WhyNotSaved(const std::string& encoding, const std::string& path) {
     const std::string problem = path == "-" ? "" : WriteProblem(path);
-    if (!problem.empty()) return "cannot write: " + problem;
-    return "the text cannot be converted to " + encoding;
+    if (!problem.empty()) return Say(Text::kCannotWrite, {problem});
+    return Say(Text::kNotConvertible, {encoding});
 }
 
 void ReportNotSaved(const std::string& path, const std::string& reason) {
-    Write(stderr, "vxml: " + path + " not saved: " + reason + "\n");
+    Write(stderr, "vxml: " + Say(Text::kNotSaved, {path, reason}) + "\n");
 }
 
 // "-" is standard output: the library writes files, so it saves to a temporary one first.
@@ -87,7 +86,7 @@ int RunSave(const Options& options) {
     }
     const LoadedDocument loaded = LoadDocument(options.files.front());
     if (!ReportDiagnostics(stderr, loaded, options)) {
-        ReportNotSaved(out, "the document has diagnostics");
+        ReportNotSaved(out, Say(Text::kHasDiagnostics));
         return 1;
     }
     vx::CXmlDocument& document = *loaded.document;

@@ -4,6 +4,7 @@
 
 #include "Check.h"
 #include "Commands.h"
+#include "Messages.h"
 #include "Options.h"
 #include "Output.h"
 #include "vx/vx.h"
@@ -145,7 +146,7 @@ int Run(int argc, const char* const* argv) {
         }
         return Dispatch(options);
     } catch (const UsageError& error) {
-        Write(stderr, std::string("vxml: ") + error.what() + "\nTry 'vxml --help'.\n");
+        Write(stderr, std::string("vxml: ") + error.what() + "\n" + Say(Text::kTryHelp) + "\n");
     } catch (const std::exception& error) {
         Write(stderr, std::string("vxml: ") + error.what() + "\n");
     }

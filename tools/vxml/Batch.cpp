@@ -1,6 +1,8 @@
 // The check command over many files: folders walked, several worker processes, reports in the
 // order of the arguments, a progress line and a summary.
+#include <dirent.h>
 #include <poll.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,10 +11,10 @@
 #include <cstdint>
 #include <cstring>
 #include <deque>
-#include <filesystem>
 #include <functional>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 
 #include "Check.h"
 #include "Messages.h"
@@ -20,8 +22,6 @@
 
 namespace vxml {
 namespace {
-
-namespace fs = std::filesystem;
 
 struct FileReport {
     int status = 0;   // 0 no diagnostics, 1 diagnostics, 2 the library failed
@@ -42,25 +42,65 @@ FileReport CheckFile(const std::string& file, const Options& options) {
     return report;
 }
 
-void AddFolder(const fs::path& folder, const Options& options, std::vector<std::string>& files) {
-    std::vector<std::string> found;
-    for (const fs::directory_entry& entry :
-         fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied)) {
-        if (!entry.is_regular_file()) continue;
-        if (options.allFiles || entry.path().extension() == ".xml") {
-            found.push_back(entry.path().string());
+enum class EntryKind { kFolder, kFile, kOther };
+
+// A symbolic link counts as what it points to when that is a file; links to folders are not
+// followed. The directory entry's type saves a stat where the file system gives it.
+EntryKind KindOf(const std::string& path, unsigned char type) {
+    if (type == DT_DIR) return EntryKind::kFolder;
+    if (type == DT_REG) return EntryKind::kFile;
+    struct stat info {};
+    if (type == DT_UNKNOWN && ::lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
+        return EntryKind::kFolder;
+    }
+    if (type != DT_UNKNOWN && type != DT_LNK) return EntryKind::kOther;
+    return ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) ? EntryKind::kFile
+                                                                     : EntryKind::kOther;
+}
+
+bool IsChecked(std::string_view name, const Options& options) {
+    return options.allFiles || (name.size() > 4 && name.substr(name.size() - 4) == ".xml");
+}
+
+// The files in folder and below, in no particular order; a folder the user may not read is
+// passed over.
+void WalkFolder(const std::string& folder, const Options& options,
+                std::vector<std::string>& found) {
+    DIR* dir = ::opendir(folder.c_str());
+    if (!dir) {
+        if (errno == EACCES) return;
+        throw std::runtime_error(Say(Text::kCannotOpen, {folder}) + ": " + std::strerror(errno));
+    }
+    const std::string prefix = folder.back() == '/' ? folder : folder + "/";
+    while (const dirent* entry = ::readdir(dir)) {
+        const std::string_view name = entry->d_name;
+        if (name == "." || name == "..") continue;
+        std::string path = prefix + entry->d_name;
+        const EntryKind kind = KindOf(path, entry->d_type);
+        if (kind == EntryKind::kFolder) {
+            WalkFolder(path, options, found);
+        } else if (kind == EntryKind::kFile && IsChecked(name, options)) {
+            found.push_back(std::move(path));
         }
     }
+    ::closedir(dir);
+}
+
+void AddFolder(const std::string& folder, const Options& options, std::vector<std::string>& files) {
+    std::vector<std::string> found;
+    WalkFolder(folder, options, found);
     std::sort(found.begin(), found.end());
-    files.insert(files.end(), found.begin(), found.end());
+    files.insert(files.end(), std::make_move_iterator(found.begin()),
+                 std::make_move_iterator(found.end()));
 }
 
 // Named files are checked whatever their names; folders only with -r.
 std::vector<std::string> ListFiles(const Options& options) {
     std::vector<std::string> files;
     for (const std::string& file : options.files) {
-        std::error_code ignored;
-        if (options.recursive && file != "-" && fs::is_directory(file, ignored)) {
+        struct stat info {};
+        if (options.recursive && file != "-" && ::stat(file.c_str(), &info) == 0 &&
+            S_ISDIR(info.st_mode)) {
             AddFolder(file, options, files);
         } else {
             files.push_back(file);
@@ -167,6 +207,7 @@ class WorkerPool {
         int results;
         int inFlight = 0;                  // files
         std::deque<std::size_t> taskEnds;  // past-last file of each task in flight
+        std::string received;              // the start of a report not yet whole
     };
 
     void Start(const std::vector<std::string>& files, const Options& options) {
@@ -188,7 +229,7 @@ class WorkerPool {
             ::close(tasks[1]), ::close(results[0]);
             return;
         }
-        m_workers.push_back({pid, tasks[1], results[0], 0, {}});
+        m_workers.push_back({pid, tasks[1], results[0], 0, {}, {}});
     }
 
     // Tasks shrink towards the end of the run, so that the workers finish together; while
@@ -219,34 +260,37 @@ class WorkerPool {
         }
         std::size_t collected = 0;
         for (std::size_t i = 0; i < polled.size(); ++i) {
-            if (polled[i].revents == 0) continue;
-            Worker& worker = m_workers[i];
-            auto [index, report] = ReadReport(worker);
-            sink(index, std::move(report));
-            --worker.inFlight;
-            ++collected;
-            if (index + 1 == worker.taskEnds.front()) {
-                worker.taskEnds.pop_front();
-                Assign(worker);
-            }
+            if (polled[i].revents != 0) collected += Receive(m_workers[i], sink);
         }
         return collected;
     }
 
-    std::pair<std::size_t, FileReport> ReadReport(const Worker& worker) {
+    // Reads what the worker has sent, a task's reports at a time as it writes them, and hands
+    // on every whole report.
+    std::size_t Receive(Worker& worker, const ReportSink& sink) {
+        char block[65536];
+        const ssize_t got = ::read(worker.results, block, sizeof block);
+        if (got < 0 && errno == EINTR) return 0;
+        if (got <= 0) throw std::runtime_error(Say(Text::kWorkerEnded));
+        worker.received.append(block, static_cast<std::size_t>(got));
+        std::size_t used = 0, collected = 0;
         ReportHeader header{};
-        FileReport report;
-        if (!ReadAll(worker.results, &header, sizeof header)) {
-            throw std::runtime_error(Say(Text::kWorkerEnded));
+        while (worker.received.size() - used >= sizeof header) {
+            std::memcpy(&header, worker.received.data() + used, sizeof header);
+            const std::size_t out = used + sizeof header, err = out + header.outSize;
+            if (worker.received.size() < err + header.errSize) break;
+            used = err + header.errSize;
+            sink(header.index, {header.status, worker.received.substr(out, header.outSize),
+                                worker.received.substr(err, header.errSize)});
+            --worker.inFlight;
+            ++collected;
+            if (header.index + 1 == worker.taskEnds.front()) {
+                worker.taskEnds.pop_front();
+                Assign(worker);
+            }
         }
-        report.status = header.status;
-        report.out.resize(header.outSize);
-        report.err.resize(header.errSize);
-        if (!ReadAll(worker.results, report.out.data(), header.outSize) ||
-            !ReadAll(worker.results, report.err.data(), header.errSize)) {
-            throw std::runtime_error(Say(Text::kWorkerEnded));
-        }
-        return {header.index, std::move(report)};
+        worker.received.erase(0, used);
+        return collected;
     }
 
     std::vector<Worker> m_workers;

@@ -1,9 +1,12 @@
-// Which encoding a file is in, from its first bytes and its declaration's encoding="...".
+// Which encoding a file is in, from its first bytes and its declaration's encoding="...", and
+// the file's text decoded accordingly.
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 
 #include "vx/parse/Parse.h"
 #include "vx/platform/File.h"
+#include "vx/text/Decode.h"
 
 namespace vx {
 
@@ -69,15 +72,9 @@ bool FindEncodingName(const CVelStr& declaration, CVelStr& name) {
 }
 
 // A declaration without encoding="..." fails detection on purpose: there is no default.
-bool DetectFromDeclaration(vel::CVelFile& file, bool& supported, vcc::eCodeType& code) {
-    if (!file.SetFilePointer(0, vel::CVelFile::eSeekBegin) && vel::CVelFile::GetLastError() != 0) {
-        return false;
-    }
-    CVelStr declaration;
+bool DetectFromDeclaration(const CVelStr& declaration, bool& supported, vcc::eCodeType& code) {
     CVelStr name;
-    if (!ReadThroughFirstGreater(file, declaration) || !FindEncodingName(declaration, name)) {
-        return false;
-    }
+    if (!FindEncodingName(declaration, name)) return false;
     supported = false;
     for (const CEncodingName& known : kEncodingNames) {
         if (name == CVelStr(known.name)) {
@@ -88,12 +85,12 @@ bool DetectFromDeclaration(vel::CVelFile& file, bool& supported, vcc::eCodeType&
     return true;
 }
 
-bool Detect(const CVelStr& fileName, bool& supported, vcc::eCodeType& code) {
-    vel::CVelFile file;
-    unsigned char head[4];
-    if (!file.CreateFileA(fileName.c_str(), vel::CVelFile::eOpenRead) || !file.Read(head, 2)) {
-        return false;
-    }
+// The decision from the file's first `size` (at most 4) bytes; for "<?xm", readDeclaration
+// gives the bytes through the first '>', or false when the file ends first.
+template <typename ReadDeclaration>
+bool DetectFromHead(const unsigned char* head, int size, ReadDeclaration&& readDeclaration,
+                    bool& supported, vcc::eCodeType& code) {
+    if (size < 2) return false;
     if (head[0] == 0xFE && head[1] == 0xFF) {
         supported = false;
         return true;
@@ -103,7 +100,7 @@ bool Detect(const CVelStr& fileName, bool& supported, vcc::eCodeType& code) {
         code = vcc::eUtf16LE;
         return true;
     }
-    if (!file.Read(head + 2, 2)) return false;
+    if (size < 4) return false;
     for (const CSignature& signature : kSignatures) {
         if (std::memcmp(head, signature.bytes, 4) == 0) {
             supported = signature.supported;
@@ -115,14 +112,81 @@ bool Detect(const CVelStr& fileName, bool& supported, vcc::eCodeType& code) {
         supported = false;
         return true;
     }
-    return DetectFromDeclaration(file, supported, code);
+    CVelStr declaration;
+    return readDeclaration(declaration) && DetectFromDeclaration(declaration, supported, code);
+}
+
+bool DetectInFile(const CVelStr& fileName, bool& supported, vcc::eCodeType& code) {
+    vel::CVelFile file;
+    unsigned char head[4];
+    if (!file.CreateFileA(fileName.c_str(), vel::CVelFile::eOpenRead)) return false;
+    const int size = !file.Read(head, 2) ? 0 : !file.Read(head + 2, 2) ? 2 : 4;
+    const auto readDeclaration = [&file](CVelStr& declaration) {
+        if (!file.SetFilePointer(0, vel::CVelFile::eSeekBegin) &&
+            vel::CVelFile::GetLastError() != 0) {
+            return false;
+        }
+        return ReadThroughFirstGreater(file, declaration);
+    };
+    return DetectFromHead(head, size, readDeclaration, supported, code);
+}
+
+bool DetectInBytes(const CVelStr& bytes, bool& supported, vcc::eCodeType& code) {
+    const auto readDeclaration = [&bytes](CVelStr& declaration) {
+        const int greater = bytes.Pos('>');
+        if (greater < 0) return false;
+        declaration = bytes.SubStr(0, greater + 1);
+        return true;
+    };
+    return DetectFromHead(reinterpret_cast<const unsigned char*>(bytes.c_str()),
+                          std::min(bytes.GetLength(), 4), readDeclaration, supported, code);
+}
+
+// The file's bytes and their encoding, or the code of the step that failed, each step (open,
+// detect, load) taken on its own.
+CParseError::eError LoadStepByStep(const CVelStr& fileName, CVelStr& bytes, vcc::eCodeType& code) {
+    if (!vel::CVelFile().CreateFileA(fileName.c_str(), vel::CVelFile::eOpenRead)) {
+        return CParseError::eErrFileOpen;
+    }
+    bool supported = false;
+    if (!CParse::CheckCodeType(fileName, supported, code) || !supported) {
+        return CParseError::eErrCodeTypeDetect;
+    }
+    // Readable a moment ago: a failure now is reported like one to open.
+    return bytes.LoadFromFile(fileName.c_str()) ? CParseError::eErrNone : CParseError::eErrFileOpen;
+}
+
+// The same from one read of the file; only when that fails are the steps taken one by one.
+CParseError::eError LoadAtOnce(const CVelStr& fileName, CVelStr& bytes, vcc::eCodeType& code) {
+    if (!bytes.LoadFromFile(fileName.c_str())) return LoadStepByStep(fileName, bytes, code);
+    bool supported = false;
+    return DetectInBytes(bytes, supported, code) && supported ? CParseError::eErrNone
+                                                              : CParseError::eErrCodeTypeDetect;
 }
 
 }  // namespace
 
 bool CParse::CheckCodeType(CVelStr fileName, bool& supported, vcc::eCodeType& code) {
     return RunPublic(__LINE__, "CParse::CheckCodeType",
-                     [&] { return Detect(fileName, supported, code); });
+                     [&] { return DetectInFile(fileName, supported, code); });
+}
+
+CParseError::eError CParse::LoadWideText(const CVelStr& fileName, CVelStrW& text) {
+    CVelStr bytes;
+    vcc::eCodeType code = vcc::eUtf16LE;
+    // A log shows CheckCodeType's own scope, so while one is open the steps run one by one.
+    const CParseError::eError failure =
+        vel::MayLog() ? LoadStepByStep(fileName, bytes, code) : LoadAtOnce(fileName, bytes, code);
+    if (failure != CParseError::eErrNone) return failure;
+    switch (DecodeToWide(bytes.c_str(), bytes.GetLength(), code, text)) {
+        case eDecodeResult::eDecoded:
+            return CParseError::eErrNone;
+        case eDecodeResult::eTooLarge:
+            return CParseError::eErrNoMemory;
+        case eDecodeResult::eNotConvertible:
+            break;
+    }
+    return CParseError::eErrCodeConvert;
 }
 
 }  // namespace vx

@@ -10,36 +10,11 @@
 #include "vx/parse/GrammarSteps.h"
 #include "vx/parse/Settings.h"
 #include "vx/parse/SinglePassReader.h"
-#include "vx/platform/File.h"
 #include "vx/platform/Package.h"
-#include "vx/text/Decode.h"
 
 namespace vx {
 
 using namespace grammar;
-
-CParseError::eError CParse::LoadWideText(const CVelStr& fileName, CVelStrW& text) {
-    if (!vel::CVelFile().CreateFileA(fileName.c_str(), vel::CVelFile::eOpenRead)) {
-        return CParseError::eErrFileOpen;
-    }
-    bool supported = false;
-    vcc::eCodeType code = vcc::eUtf16LE;
-    if (!CParse::CheckCodeType(fileName, supported, code) || !supported) {
-        return CParseError::eErrCodeTypeDetect;
-    }
-    CVelStr bytes;
-    // Readable a moment ago: a failure now is reported like one to open.
-    if (!bytes.LoadFromFile(fileName.c_str())) return CParseError::eErrFileOpen;
-    switch (DecodeToWide(bytes.c_str(), bytes.GetLength(), code, text)) {
-        case eDecodeResult::eDecoded:
-            return CParseError::eErrNone;
-        case eDecodeResult::eTooLarge:
-            return CParseError::eErrNoMemory;
-        case eDecodeResult::eNotConvertible:
-            break;
-    }
-    return CParseError::eErrCodeConvert;
-}
 
 CParse::CParse() : m_dtd(new CXmlDtd(nullptr)) {}
 

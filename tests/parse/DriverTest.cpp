@@ -146,27 +146,54 @@ TEST(Driver, RefusedFiles) {
     EXPECT_EQ(vx::CVelStr(none->GetErrList().GetAt(0).GetSource()).c_str(), missing);
 }
 
-// The detected code, -1 when refused, -2 when detection failed.
+// The detected code, -1 when refused, -2 when detection failed. Without a log, LoadWideText
+// detects from one read of the whole file; with one, it runs CheckCodeType on the file. Both
+// must give the same result, and refuse exactly the files CheckCodeType refuses.
 TEST(Driver, CheckCodeType) {
     TempDir dir;
     const std::string path = dir / "doc.xml";
+    auto load = [](const std::string& file) {
+        vx::CVelStrW text;
+        const vx::CParseError::eError failure =
+            vx::CParse::LoadWideText(vx::CVelStr(file.c_str()), text);
+        return std::make_pair(failure, text);
+    };
+    auto loadBothWays = [&](const std::string& file) {
+        const auto once = load(file);
+        const LogCapture log;
+        EXPECT_EQ(load(file), once) << file;
+        return once.first;
+    };
     auto check = [&](const std::string& bytes) {
         WriteFile(path, bytes);
         bool supported = false;
         vcc::eCodeType code = vcc::eShiftJIS;
-        if (!vx::CParse::CheckCodeType(vx::CVelStr(path.c_str()), supported, code)) return -2;
+        const bool decided = vx::CParse::CheckCodeType(vx::CVelStr(path.c_str()), supported, code);
+        EXPECT_EQ(loadBothWays(path) == eErrCodeTypeDetect, !decided || !supported) << bytes;
+        if (!decided) return -2;
         return supported ? static_cast<int>(code) : -1;
     };
+    EXPECT_EQ(check(""), -2);
     EXPECT_EQ(check("<?"), -2);
     EXPECT_EQ(check("<?xml version='1.0'"), -2);
     EXPECT_EQ(check("<?xml version='1.0'?>"), -2);
     EXPECT_EQ(check("<?xml encoding = 'UTF-8'?>"), -2);
     EXPECT_EQ(check("<?xml version='1.0' encoding='utf-8'?>"), 5);
     EXPECT_EQ(check("<?xml encoding=\"euc-jp\"?>"), 1);
+    EXPECT_EQ(check("<?xml encoding='latin1'?><a>b</a>"), -1);
+    EXPECT_EQ(check("\xFF\xFE"), 3);
     EXPECT_EQ(check("\xFF\xFEx"), 3);
+    EXPECT_EQ(check("\xFE\xFF"), -1);
+    EXPECT_EQ(check(std::string("<\0?", 3)), -2);
     EXPECT_EQ(check(std::string("<\0?\0", 4)), 3);
+    EXPECT_EQ(check(std::string("<\0\0\0", 4)), 4);
     EXPECT_EQ(check(std::string("\0\0\0<", 4)), -1);
     EXPECT_EQ(check("\xEF\xBB\xBF<?xml encoding='UTF-8'?>"), -1);
+
+    EXPECT_EQ(loadBothWays(dir / "missing.xml"), eErrFileOpen);
+    EXPECT_EQ(loadBothWays(dir.Path()), eErrFileOpen);
+    WriteFile(path, "<?xml version='1.0' encoding='Shift_JIS'?><a>\x82\xA0</a>");
+    EXPECT_EQ(loadBothWays(path), eErrNone);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -14,6 +15,7 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -55,27 +57,48 @@ class VxmlTest : public ::testing::Test {
 
     std::string Path(const std::string& name) const { return (m_dir / name).string(); }
 
-    // Runs vxml with args in the test's directory; input becomes its standard input. The
-    // locale is Japanese unless locale names other variables ("LANG=en_US.UTF-8", ...).
+    // Runs vxml with args; input becomes its standard input. The locale's messages are
+    // English unless locale names other variables ("LANG=ja_JP.UTF-8", ...).
     Result Run(const std::vector<std::string>& args, const std::string& input = "",
-               std::vector<std::string> locale = {"LC_ALL=ja_JP.UTF-8"}) const {
-        const fs::path in = m_dir / "stdin", out = m_dir / "stdout", err = m_dir / "stderr";
+               std::vector<std::string> locale = {"LANG=C"}) const {
+        const fs::path in = m_dir / "stdin";
         WriteFile(in, input);
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, 0, in.c_str(), O_RDONLY, 0);
+        return Finish(Spawn(args, actions, std::move(locale)), actions);
+    }
+
+    // Standard output and error go to files, read once vxml has ended.
+    Result Finish(pid_t pid, posix_spawn_file_actions_t& actions) const {
+        Result result;
+        if (pid > 0) {
+            int wait = 0;
+            waitpid(pid, &wait, 0);
+            result.status = WIFEXITED(wait) ? WEXITSTATUS(wait) : -1;
+        }
+        posix_spawn_file_actions_destroy(&actions);
+        result.out = ReadFile(m_dir / "stdout");
+        result.err = ReadFile(m_dir / "stderr");
+        return result;
+    }
+
+    // Starts vxml with args; the streams actions leave alone go to the files Finish reads.
+    pid_t Spawn(const std::vector<std::string>& args, posix_spawn_file_actions_t& actions,
+                std::vector<std::string> locale, bool errToFile = true) const {
+        const fs::path out = m_dir / "stdout", err = m_dir / "stderr";
+        WriteFile(err, "");
         posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
                                          0600);
-        posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                         0600);
+        if (errToFile) {
+            posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_TRUNC, 0);
+        }
         std::vector<std::string> argv{VXML_PATH};
         argv.insert(argv.end(), args.begin(), args.end());
         std::vector<char*> pointers;
         for (std::string& arg : argv)
             pointers.push_back(arg.data());
         pointers.push_back(nullptr);
-        Result result;
-        pid_t pid = 0;
         std::vector<char*> env;
         for (char** var = environ; *var; ++var) {
             const std::string name(*var, std::strcspn(*var, "="));
@@ -84,15 +107,43 @@ class VxmlTest : public ::testing::Test {
         for (std::string& var : locale)
             env.push_back(var.data());
         env.push_back(nullptr);
-        if (posix_spawn(&pid, VXML_PATH, &actions, nullptr, pointers.data(), env.data()) == 0) {
-            int wait = 0;
-            waitpid(pid, &wait, 0);
-            result.status = WIFEXITED(wait) ? WEXITSTATUS(wait) : -1;
-        }
-        posix_spawn_file_actions_destroy(&actions);
-        result.out = ReadFile(out);
-        result.err = ReadFile(err);
-        return result;
+        pid_t pid = 0;
+        return posix_spawn(&pid, VXML_PATH, &actions, nullptr, pointers.data(), env.data()) == 0
+                   ? pid
+                   : -1;
+    }
+
+    // check -j 1 on standard input, which stays empty for 0.7 s, then on two files, so that
+    // the two seem to need more than a second; standard error is a pseudo terminal or a file.
+    std::string CheckAfterSlowInput(bool terminal) const {
+        int input[2];
+        EXPECT_EQ(pipe2(input, O_CLOEXEC), 0);
+        const int master = terminal ? posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC) : -1;
+        const int slave = terminal && grantpt(master) == 0 && unlockpt(master) == 0
+                              ? open(ptsname(master), O_RDWR | O_NOCTTY | O_CLOEXEC)
+                              : -1;
+        EXPECT_EQ(slave >= 0, terminal);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_adddup2(&actions, input[0], 0);
+        if (terminal) posix_spawn_file_actions_adddup2(&actions, slave, 2);
+        const pid_t pid = Spawn({"check", "-j", "1", "-", Path("good.xml"), Path("good.xml")},
+                                actions, {"LANG=C"}, !terminal);
+        close(input[0]);
+        if (terminal) close(slave);
+        std::this_thread::sleep_for(std::chrono::milliseconds(700));
+        const std::string document = ReadFile(m_dir / "good.xml");
+        EXPECT_EQ(write(input[1], document.data(), document.size()),
+                  static_cast<ssize_t>(document.size()));
+        close(input[1]);
+        std::string seen;  // read before vxml ends, and up to its end (EIO once it has closed)
+        char block[4096];
+        for (ssize_t got = 0; terminal && (got = read(master, block, sizeof block)) > 0;)
+            seen.append(block, static_cast<std::size_t>(got));
+        if (terminal) close(master);
+        const Result result = Finish(pid, actions);
+        EXPECT_EQ(result.status, 0);
+        return terminal ? seen : result.err;
     }
 
     fs::path m_dir;
@@ -115,7 +166,7 @@ std::string Sample(const std::string& name) {
 // Checking goes on after a file with diagnostics and after one that cannot be opened; "-" is
 // standard input. The text format is shown in English here, the others in Japanese.
 TEST_F(VxmlTest, CheckTextFormat) {
-    const auto clean = Run({"check", Path("good.xml"), Sample("japanese-sjis.xml"),
+    const auto clean = Run({"check", "-q", Path("good.xml"), Sample("japanese-sjis.xml"),
                             Sample("japanese-eucjp.xml"), Sample("japanese-utf16le.xml")});
     EXPECT_EQ(clean.status, 0);
     EXPECT_EQ(clean.out, "");
@@ -131,17 +182,6 @@ TEST_F(VxmlTest, CheckTextFormat) {
                             ")\n  hint: No such file or directory\n"))
         << text.out;
     EXPECT_TRUE(Matches(text.err, "vxml: 3 files checked, 2 with diagnostics, <n>.<n> s\n"));
-
-    // No declaration, so no encoding can be detected: the hint says what vx needs instead.
-    WriteFile(m_dir / "plain.xml", "<a/>");
-    EXPECT_EQ(
-        Run({"check", Path("plain.xml")})
-            .out.rfind(
-                Path("plain.xml") +
-                    ": fatal 3: 文字コードの判別に失敗しました。\n  hint: the file has no XML "
-                    "declaration; vx reads UTF-16LE and UCS-4LE from the first bytes",
-                0),
-        0u);
 }
 
 TEST_F(VxmlTest, CheckNativeAndJsonFormats) {
@@ -156,7 +196,8 @@ TEST_F(VxmlTest, CheckNativeAndJsonFormats) {
 
     WriteFile(m_dir / "bad\"name.xml", ReadFile(m_dir / "bad.xml"));
     const std::string quoted = (m_dir / "bad\\\"name.xml").string();
-    const auto json = Run({"check", "--format=json", Path("bad\"name.xml"), Path("missing.xml")});
+    const auto json = Run({"check", "--format=json", Path("bad\"name.xml"), Path("missing.xml")},
+                          "", {"LANG=ja_JP.UTF-8"});
     EXPECT_EQ(json.status, 1);
     const std::string failed = R"(,"level":"fatal","line":null,"column":null,"message":")";
     EXPECT_TRUE(Matches(
@@ -376,7 +417,6 @@ TEST_F(VxmlTest, SaveRefusesTheUcsFormsAndWritesStandardOutput) {
     const std::string sjis = Sample("japanese-sjis.xml");
     const auto ucs = Run({"save", sjis, "--encoding", "ISO-10646-UCS-2", "-o", Path("u.xml")});
     EXPECT_EQ(ucs.status, 1);
-    EXPECT_NE(ucs.err.find("use 'vxml convert --encoding UTF-16LE' instead"), std::string::npos);
     EXPECT_FALSE(fs::exists(m_dir / "u.xml"));
     const auto out = Run({"save", sjis, "--encoding", "EUC-JP", "-o", "-"});
     EXPECT_EQ(out.status, 0);
@@ -445,7 +485,63 @@ TEST_F(VxmlTest, CheckWalksFoldersInOrderWithWorkers) {
     EXPECT_EQ(Run({"check", "-q", Path("good.xml")}).status, 0);
     // Without FILE, standard input.
     EXPECT_TRUE(Matches(Run({"check"}, ReadFile(m_dir / "bad.xml")).out,
-                        "<lines><stdin>: fatal 7: " + kStoppedMessage + "\n"));
+                        "<lines><stdin>: fatal 7: Parsing stopped part-way.\n"));
+}
+
+// The tool's own words follow the language as the library's messages do; --lang anywhere on the
+// line decides, even for a usage error found before it.
+TEST_F(VxmlTest, ToolMessagesFollowTheLanguage) {
+    WriteFile(m_dir / "plain.xml", "<a/>");
+    const std::string plain = Path("plain.xml"), out = Path("out.xml");
+    struct Expected {
+        std::string locale, check, summary, usage, save;
+    };
+    const Expected english{
+        "LANG=C",
+        plain +
+            ": fatal 3: Detecting the character encoding failed.\n  hint: the file has no "
+            "XML declaration; vx reads UTF-16LE and UCS-4LE from the first bytes, <lines>",
+        "vxml: 2 files checked, 1 with diagnostics, <n>.<n> s\n",
+        "vxml: unknown option '--colour'\nTry 'vxml --help'.\n",
+        "vxml: " + out +
+            " not saved: vx saves ISO-10646-UCS-2 only up to the first zero byte, which would "
+            "lose the document; use 'vxml convert --encoding UTF-16LE' instead\n"};
+    const Expected japanese{
+        "LANG=ja_JP.UTF-8",
+        plain +
+            ": fatal 3: 文字コードの判別に失敗しました。\n  ヒント: ファイルに XML 宣言が"
+            "ありません。vx は UTF-16LE と UCS-4LE を先頭のバイトで、<lines>",
+        "vxml: 2 ファイルを検査、診断ありは 1 ファイル、<n>.<n> 秒\n",
+        "vxml: '--colour' というオプションはありません\n使い方は 'vxml --help' で表示できます。\n",
+        "vxml: " + out +
+            " は保存しませんでした: vx は ISO-10646-UCS-2 を最初のゼロバイトまでしか保存しない"
+            "ため、文書が失われます。代わりに 'vxml convert --encoding UTF-16LE' "
+            "を使ってください\n"};
+    for (const Expected& expected : {english, japanese}) {
+        const auto check = Run({"check", plain, Path("good.xml")}, "", {expected.locale});
+        EXPECT_TRUE(Matches(check.out, expected.check)) << check.out;
+        EXPECT_TRUE(Matches(check.err, expected.summary)) << check.err;
+        EXPECT_EQ(Run({"check", "--colour", plain}, "", {expected.locale}).err, expected.usage);
+        EXPECT_EQ(
+            Run({"save", Sample("japanese-sjis.xml"), "--encoding", "ISO-10646-UCS-2", "-o", out},
+                "", {expected.locale})
+                .err,
+            expected.save);
+    }
+    EXPECT_EQ(Run({"check", "--colour", "--lang", "ja"}).err, japanese.usage);
+    EXPECT_EQ(Run({"check", "--lang=en", "--colour"}, "", {"LANG=ja_JP.UTF-8"}).err, english.usage);
+}
+
+// The progress line stands on a terminal while more than a second of work seems left, and is
+// cleared before the summary; elsewhere only the summary is written.
+TEST_F(VxmlTest, ProgressLineOnlyOnATerminal) {
+    const std::string onTerminal = CheckAfterSlowInput(true);
+    EXPECT_TRUE(Matches(onTerminal,
+                        "\r\x1b[K1/3 files, 0 with diagnostics, about <n> s left\r\x1b[K"
+                        "vxml: 3 files checked, 0 with diagnostics, <n>.<n> s\r\n"))
+        << onTerminal;
+    EXPECT_TRUE(Matches(CheckAfterSlowInput(false),
+                        "vxml: 3 files checked, 0 with diagnostics, <n>.<n> s\n"));
 }
 
 }  // namespace

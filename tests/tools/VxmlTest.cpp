@@ -494,7 +494,7 @@ TEST_F(VxmlTest, ToolMessagesFollowTheLanguage) {
     WriteFile(m_dir / "plain.xml", "<a/>");
     const std::string plain = Path("plain.xml"), out = Path("out.xml");
     struct Expected {
-        std::string locale, check, summary, usage, save;
+        std::string locale, check, summary, usage, save, help;
     };
     const Expected english{
         "LANG=C",
@@ -505,7 +505,8 @@ TEST_F(VxmlTest, ToolMessagesFollowTheLanguage) {
         "vxml: unknown option '--colour'\nTry 'vxml --help'.\n",
         "vxml: " + out +
             " not saved: vx saves ISO-10646-UCS-2 only up to the first zero byte, which would "
-            "lose the document; use 'vxml convert --encoding UTF-16LE' instead\n"};
+            "lose the document; use 'vxml convert --encoding UTF-16LE' instead\n",
+        "Usage: vxml save "};
     const Expected japanese{
         "LANG=ja_JP.UTF-8",
         plain +
@@ -516,7 +517,8 @@ TEST_F(VxmlTest, ToolMessagesFollowTheLanguage) {
         "vxml: " + out +
             " は保存しませんでした: vx は ISO-10646-UCS-2 を最初のゼロバイトまでしか保存しない"
             "ため、文書が失われます。代わりに 'vxml convert --encoding UTF-16LE' "
-            "を使ってください\n"};
+            "を使ってください\n",
+        "使い方: vxml save "};
     for (const Expected& expected : {english, japanese}) {
         const auto check = Run({"check", plain, Path("good.xml")}, "", {expected.locale});
         EXPECT_TRUE(Matches(check.out, expected.check)) << check.out;
@@ -527,6 +529,7 @@ TEST_F(VxmlTest, ToolMessagesFollowTheLanguage) {
                 "", {expected.locale})
                 .err,
             expected.save);
+        EXPECT_EQ(Run({"save", "--help"}, "", {expected.locale}).out.rfind(expected.help, 0), 0u);
     }
     EXPECT_EQ(Run({"check", "--colour", "--lang", "ja"}).err, japanese.usage);
     EXPECT_EQ(Run({"check", "--lang=en", "--colour"}, "", {"LANG=ja_JP.UTF-8"}).err, english.usage);

@@ -74,6 +74,13 @@ enum class Text {
     kSaveLosesText,
     kHasDiagnostics,
     kListSeparator,
+    // help
+    kToolHelp,
+    kCheckHelp,
+    kPrintHelp,
+    kTreeHelp,
+    kSaveHelp,
+    kConvertHelp,
 };
 
 void SetLanguage(Language language);

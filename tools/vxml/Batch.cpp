@@ -1,8 +1,6 @@
-// The check command over many files: folders walked, several worker processes, reports in the
-// order of the arguments, a progress line and a summary.
-#include <dirent.h>
+// The check command over many files: several worker processes, reports in the order of the
+// files, a progress line and a summary.
 #include <poll.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,9 +12,9 @@
 #include <functional>
 #include <optional>
 #include <stdexcept>
-#include <string_view>
 
 #include "Check.h"
+#include "FileWalk.h"
 #include "Messages.h"
 #include "Output.h"
 
@@ -40,73 +38,6 @@ FileReport CheckFile(const std::string& file, const Options& options) {
     }
     if (options.quiet) report.out.clear(), report.err.clear();
     return report;
-}
-
-enum class EntryKind { kFolder, kFile, kOther };
-
-// A symbolic link counts as what it points to when that is a file; links to folders are not
-// followed. The directory entry's type saves a stat where the file system gives it.
-EntryKind KindOf(const std::string& path, unsigned char type) {
-    if (type == DT_DIR) return EntryKind::kFolder;
-    if (type == DT_REG) return EntryKind::kFile;
-    struct stat info {};
-    if (type == DT_UNKNOWN && ::lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) {
-        return EntryKind::kFolder;
-    }
-    if (type != DT_UNKNOWN && type != DT_LNK) return EntryKind::kOther;
-    return ::stat(path.c_str(), &info) == 0 && S_ISREG(info.st_mode) ? EntryKind::kFile
-                                                                     : EntryKind::kOther;
-}
-
-bool IsChecked(std::string_view name, const Options& options) {
-    return options.allFiles || (name.size() > 4 && name.substr(name.size() - 4) == ".xml");
-}
-
-// The files in folder and below, in no particular order; a folder the user may not read is
-// passed over.
-void WalkFolder(const std::string& folder, const Options& options,
-                std::vector<std::string>& found) {
-    DIR* dir = ::opendir(folder.c_str());
-    if (!dir) {
-        if (errno == EACCES) return;
-        throw std::runtime_error(Say(Text::kCannotOpen, {folder}) + ": " + std::strerror(errno));
-    }
-    const std::string prefix = folder.back() == '/' ? folder : folder + "/";
-    while (const dirent* entry = ::readdir(dir)) {
-        const std::string_view name = entry->d_name;
-        if (name == "." || name == "..") continue;
-        std::string path = prefix + entry->d_name;
-        const EntryKind kind = KindOf(path, entry->d_type);
-        if (kind == EntryKind::kFolder) {
-            WalkFolder(path, options, found);
-        } else if (kind == EntryKind::kFile && IsChecked(name, options)) {
-            found.push_back(std::move(path));
-        }
-    }
-    ::closedir(dir);
-}
-
-void AddFolder(const std::string& folder, const Options& options, std::vector<std::string>& files) {
-    std::vector<std::string> found;
-    WalkFolder(folder, options, found);
-    std::sort(found.begin(), found.end());
-    files.insert(files.end(), std::make_move_iterator(found.begin()),
-                 std::make_move_iterator(found.end()));
-}
-
-// Named files are checked whatever their names; folders only with -r.
-std::vector<std::string> ListFiles(const Options& options) {
-    std::vector<std::string> files;
-    for (const std::string& file : options.files) {
-        struct stat info {};
-        if (options.recursive && file != "-" && ::stat(file.c_str(), &info) == 0 &&
-            S_ISDIR(info.st_mode)) {
-            AddFolder(file, options, files);
-        } else {
-            files.push_back(file);
-        }
-    }
-    return files;
 }
 
 using ReportSink = std::function<void(std::size_t index, FileReport report)>;
@@ -143,10 +74,12 @@ struct ReportHeader {
     std::uint32_t errSize;
 };
 
-// A task: count files from first on.
-struct Task {
+// A task: count files, numbered from first on, whose paths follow the header, each ended by
+// a zero byte, bytes in all.
+struct TaskHeader {
     std::uint32_t first;
     std::uint32_t count;
+    std::uint32_t bytes;
 };
 
 void AppendReport(std::string& message, std::uint32_t index, const FileReport& report) {
@@ -158,27 +91,30 @@ void AppendReport(std::string& message, std::uint32_t index, const FileReport& r
 
 // A worker reads tasks until its task pipe closes and answers each with one report per file,
 // in a single write.
-[[noreturn]] void ServeTasks(int tasks, int results, const std::vector<std::string>& files,
-                             const Options& options) {
-    Task task{};
+[[noreturn]] void ServeTasks(int tasks, int results, const Options& options) {
+    TaskHeader task{};
+    std::string paths;
     while (ReadAll(tasks, &task, sizeof task)) {
+        paths.resize(task.bytes);
+        if (!ReadAll(tasks, paths.data(), paths.size())) break;
         std::string message;
+        const char* path = paths.c_str();
         for (std::uint32_t index = task.first; index < task.first + task.count; ++index) {
-            AppendReport(message, index, CheckFile(files[index], options));
+            AppendReport(message, index, CheckFile(path, options));
+            path += std::strlen(path) + 1;
         }
         WriteAll(results, message.data(), message.size());
     }
     ::_exit(0);
 }
 
+// Up to `most` worker processes check the files of a walk while this one goes on walking. A
+// worker is started for each of the first tasks, of one file each, so that a few files are
+// spread over as many workers; then tasks are larger, so that the pipes are seldom waited on,
+// and small enough that the workers finish together.
 class WorkerPool {
   public:
-    WorkerPool(const std::vector<std::string>& files, const Options& options, int count) {
-        std::fflush(nullptr);  // nothing buffered may be written twice
-        for (int i = 0; i < count; ++i)
-            Start(files, options);
-        if (m_workers.empty()) throw std::runtime_error(Say(Text::kWorkerNotStarted));
-    }
+    WorkerPool(const Options& options, int most) : m_options(options), m_most(most) {}
     ~WorkerPool() {
         for (Worker& worker : m_workers) {
             if (worker.tasks >= 0) ::close(worker.tasks);
@@ -189,18 +125,18 @@ class WorkerPool {
     WorkerPool(const WorkerPool&) = delete;
     WorkerPool& operator=(const WorkerPool&) = delete;
 
-    // Two tasks in flight per worker keep it busy while its last reports are read.
-    void Run(std::size_t count, const ReportSink& sink) {
-        m_count = count;
-        for (Worker& worker : m_workers) {
-            for (int i = 0; i < 2; ++i)
-                Assign(worker);
+    void Run(FileWalk& walk, const ReportSink& sink) {
+        for (;;) {
+            Assign(walk);
+            if (m_inFlight == 0) return;
+            Collect(sink, walk.ReadAhead() ? 0 : -1);
         }
-        for (std::size_t done = 0; done < count;)
-            done += Collect(sink);
     }
 
   private:
+    static constexpr std::uint32_t kTaskFiles = 16;
+    static constexpr std::size_t kTaskBytes = 16384;
+
     struct Worker {
         pid_t pid;
         int tasks;
@@ -210,70 +146,117 @@ class WorkerPool {
         std::string received;              // the start of a report not yet whole
     };
 
-    void Start(const std::vector<std::string>& files, const Options& options) {
+    // Two tasks in flight per worker keep it busy while its last reports are read.
+    bool HasRoom() const {
+        if (static_cast<int>(m_workers.size()) < m_most) return true;
+        return std::any_of(m_workers.begin(), m_workers.end(),
+                           [](const Worker& worker) { return worker.taskEnds.size() < 2; });
+    }
+
+    Worker& WorkerWithRoom() {
+        if (static_cast<int>(m_workers.size()) < m_most && Start()) return m_workers.back();
+        for (Worker& worker : m_workers) {
+            if (worker.taskEnds.size() < 2) return worker;
+        }
+        return m_workers.front();  // a start failed: this worker takes a third task
+    }
+
+    void Assign(FileWalk& walk) {
+        while (m_tasksOpen && HasRoom()) {
+            std::optional<std::string> file = walk.Next();
+            if (!file) {
+                CloseTasks();
+                return;
+            }
+            Worker& worker = WorkerWithRoom();
+            Send(worker, *file, walk);
+        }
+    }
+
+    // A task beginning with first. Its paths are kept well under a pipe's capacity, so that
+    // writing a task never waits on a worker that waits to write its reports.
+    void Send(Worker& worker, const std::string& first, FileWalk& walk) {
+        const std::uint32_t size = static_cast<int>(m_workers.size()) < m_most ? 1 : kTaskFiles;
+        TaskHeader task{static_cast<std::uint32_t>(m_next), 1, 0};
+        std::string message(sizeof task, '\0');
+        message += first + '\0';
+        for (; task.count < size && message.size() < kTaskBytes; ++task.count) {
+            const std::optional<std::string> file = walk.Next();
+            if (!file) break;
+            message += *file + '\0';
+        }
+        task.bytes = static_cast<std::uint32_t>(message.size() - sizeof task);
+        std::memcpy(message.data(), &task, sizeof task);
+        WriteAll(worker.tasks, message.data(), message.size());
+        m_next += task.count;
+        m_inFlight += task.count;
+        worker.inFlight += static_cast<int>(task.count);
+        worker.taskEnds.push_back(m_next);
+    }
+
+    void CloseTasks() {
+        for (Worker& worker : m_workers) {
+            ::close(worker.tasks);
+            worker.tasks = -1;
+        }
+        m_tasksOpen = false;
+    }
+
+    // False when no process could be made; the workers there are carry on.
+    bool Start() {
+        std::fflush(nullptr);  // nothing buffered may be written twice
         int tasks[2], results[2];
-        if (::pipe(tasks) != 0) return;
+        if (::pipe(tasks) != 0) return GiveUpStarting();
         if (::pipe(results) != 0) {
             ::close(tasks[0]), ::close(tasks[1]);
-            return;
+            return GiveUpStarting();
         }
         const pid_t pid = ::fork();
         if (pid == 0) {
             ::close(tasks[1]), ::close(results[0]);
             for (const Worker& other : m_workers)
                 ::close(other.tasks), ::close(other.results);
-            ServeTasks(tasks[0], results[1], files, options);
+            ServeTasks(tasks[0], results[1], m_options);
         }
         ::close(tasks[0]), ::close(results[1]);
         if (pid < 0) {
             ::close(tasks[1]), ::close(results[0]);
-            return;
+            return GiveUpStarting();
         }
         m_workers.push_back({pid, tasks[1], results[0], 0, {}, {}});
+        return true;
     }
 
-    // Tasks shrink towards the end of the run, so that the workers finish together; while
-    // many files are left they are large, so that the pipes are seldom waited on.
-    void Assign(Worker& worker) {
-        if (m_next == m_count) {
-            if (worker.tasks >= 0) ::close(worker.tasks);
-            worker.tasks = -1;
-            return;
-        }
-        const std::size_t share = (m_count - m_next) / (4 * m_workers.size());
-        const Task task{static_cast<std::uint32_t>(m_next),
-                        static_cast<std::uint32_t>(std::clamp<std::size_t>(share, 1, 64))};
-        WriteAll(worker.tasks, &task, sizeof task);
-        m_next += task.count;
-        worker.inFlight += static_cast<int>(task.count);
-        worker.taskEnds.push_back(m_next);
+    bool GiveUpStarting() {
+        if (m_workers.empty()) throw std::runtime_error(Say(Text::kWorkerNotStarted));
+        m_most = static_cast<int>(m_workers.size());
+        return false;
     }
 
-    std::size_t Collect(const ReportSink& sink) {
+    // Waits up to timeout milliseconds (-1: until a report comes).
+    void Collect(const ReportSink& sink, int timeout) {
         // A worker with nothing in flight has been told to stop; its pipe only closes.
         std::vector<pollfd> polled;
         for (const Worker& worker : m_workers) {
             polled.push_back({worker.inFlight > 0 ? worker.results : -1, POLLIN, 0});
         }
-        if (::poll(polled.data(), polled.size(), -1) < 0 && errno != EINTR) {
+        if (::poll(polled.data(), polled.size(), timeout) < 0 && errno != EINTR) {
             throw std::runtime_error(std::string("poll: ") + std::strerror(errno));
         }
-        std::size_t collected = 0;
         for (std::size_t i = 0; i < polled.size(); ++i) {
-            if (polled[i].revents != 0) collected += Receive(m_workers[i], sink);
+            if (polled[i].revents != 0) Receive(m_workers[i], sink);
         }
-        return collected;
     }
 
     // Reads what the worker has sent, a task's reports at a time as it writes them, and hands
     // on every whole report.
-    std::size_t Receive(Worker& worker, const ReportSink& sink) {
+    void Receive(Worker& worker, const ReportSink& sink) {
         char block[65536];
         const ssize_t got = ::read(worker.results, block, sizeof block);
-        if (got < 0 && errno == EINTR) return 0;
+        if (got < 0 && errno == EINTR) return;
         if (got <= 0) throw std::runtime_error(Say(Text::kWorkerEnded));
         worker.received.append(block, static_cast<std::size_t>(got));
-        std::size_t used = 0, collected = 0;
+        std::size_t used = 0;
         ReportHeader header{};
         while (worker.received.size() - used >= sizeof header) {
             std::memcpy(&header, worker.received.data() + used, sizeof header);
@@ -283,19 +266,18 @@ class WorkerPool {
             sink(header.index, {header.status, worker.received.substr(out, header.outSize),
                                 worker.received.substr(err, header.errSize)});
             --worker.inFlight;
-            ++collected;
-            if (header.index + 1 == worker.taskEnds.front()) {
-                worker.taskEnds.pop_front();
-                Assign(worker);
-            }
+            --m_inFlight;
+            if (header.index + 1 == worker.taskEnds.front()) worker.taskEnds.pop_front();
         }
         worker.received.erase(0, used);
-        return collected;
     }
 
+    const Options& m_options;
+    int m_most;
     std::vector<Worker> m_workers;
-    std::size_t m_count = 0;
     std::size_t m_next = 0;
+    std::size_t m_inFlight = 0;
+    bool m_tasksOpen = true;
 };
 
 // ---- what the user sees ----
@@ -310,10 +292,11 @@ double SecondsSince(Clock::time_point start) {
 // stands under them while more than a second of work seems left.
 class Reporter {
   public:
-    Reporter(std::size_t total, bool quiet)
-        : m_reports(total), m_showProgress(!quiet && ::isatty(STDERR_FILENO)) {}
+    Reporter(const FileWalk& walk, bool quiet)
+        : m_walk(walk), m_showProgress(!quiet && ::isatty(STDERR_FILENO)) {}
 
     void Add(std::size_t index, FileReport report) {
+        if (index >= m_reports.size()) m_reports.resize(index + 1);
         m_reports[index] = std::move(report);
         ++m_received;
         if (index == m_printed) ClearProgress();
@@ -327,13 +310,13 @@ class Reporter {
     int Finish(bool quiet) {
         ClearProgress();
         std::fflush(stdout);
-        if (!quiet && m_reports.size() > 1) {
+        if (!quiet && m_received > 1) {
             const std::string failed =
                 m_failed ? Say(Text::kSummaryFailed, {std::to_string(m_failed)}) : "";
             Write(stderr, "vxml: " +
-                              Say(Text::kSummary, {std::to_string(m_reports.size()),
-                                                   std::to_string(m_withDiagnostics), failed,
-                                                   FormatSeconds(SecondsSince(m_start))}) +
+                              Say(Text::kSummary,
+                                  {std::to_string(m_received), std::to_string(m_withDiagnostics),
+                                   failed, FormatSeconds(SecondsSince(m_start))}) +
                               "\n");
         }
         return m_failed ? 2 : m_withDiagnostics ? 1 : 0;
@@ -353,17 +336,18 @@ class Reporter {
         m_failed += report.status == 2;
     }
 
+    // Only once the walk is over is it known how much is left.
     void ShowProgress() {
-        if (!m_showProgress || m_received == m_reports.size()) return;
+        if (!m_showProgress || !m_walk.Finished() || m_received == m_walk.Count()) return;
+        const std::size_t total = m_walk.Count();
         const double elapsed = SecondsSince(m_start);
-        const double left = elapsed / m_received * (m_reports.size() - m_received);
+        const double left = elapsed / m_received * (total - m_received);
         if (left <= 1.0 || elapsed - m_lastDrawn < 0.1) return;
         std::fflush(stdout);
         Write(stderr,
-              "\r\x1b[K" + Say(Text::kProgress,
-                               {std::to_string(m_received), std::to_string(m_reports.size()),
-                                std::to_string(m_withDiagnostics),
-                                std::to_string(static_cast<int>(left + 0.5))}));
+              "\r\x1b[K" + Say(Text::kProgress, {std::to_string(m_received), std::to_string(total),
+                                                 std::to_string(m_withDiagnostics),
+                                                 std::to_string(static_cast<int>(left + 0.5))}));
         m_lastDrawn = elapsed;
         m_drawn = true;
     }
@@ -373,6 +357,7 @@ class Reporter {
         m_drawn = false;
     }
 
+    const FileWalk& m_walk;
     std::vector<std::optional<FileReport>> m_reports;
     std::size_t m_received = 0;
     std::size_t m_printed = 0;
@@ -384,27 +369,29 @@ class Reporter {
     Clock::time_point m_start = Clock::now();
 };
 
-int JobCount(const Options& options, std::size_t files) {
+int JobCount(const Options& options) {
+    if (!options.recursive && options.files.size() == 1) return 1;
     const long processors = ::sysconf(_SC_NPROCESSORS_ONLN);
-    const long jobs = options.jobs > 0 ? options.jobs : std::max(1L, processors);
-    return static_cast<int>(std::min<long>(jobs, static_cast<long>(files)));
+    return static_cast<int>(options.jobs > 0 ? options.jobs : std::max(1L, processors));
 }
 
 }  // namespace
 
 int RunCheck(const Options& options) {
     if (options.noExternal) vx::SetExternalLoading(false);
-    const std::vector<std::string> files = ListFiles(options);
-    Reporter reporter(files.size(), options.quiet);
+    FileWalk walk(options);
+    Reporter reporter(walk, options.quiet);
     const ReportSink sink = [&](std::size_t index, FileReport report) {
         reporter.Add(index, std::move(report));
     };
-    const int jobs = JobCount(options, files.size());
-    if (jobs <= 1) {
-        for (std::size_t i = 0; i < files.size(); ++i)
-            sink(i, CheckFile(files[i], options));
+    const int jobs = JobCount(options);
+    if (jobs > 1) {
+        WorkerPool(options, jobs).Run(walk, sink);
     } else {
-        WorkerPool(files, options, jobs).Run(files.size(), sink);
+        while (walk.ReadAhead()) {
+        }
+        for (std::size_t index = 0; std::optional<std::string> file = walk.Next(); ++index)
+            sink(index, CheckFile(*file, options));
     }
     return reporter.Finish(options.quiet);
 }

@@ -110,8 +110,7 @@ void AppendReport(std::string& message, std::uint32_t index, const FileReport& r
 
 // Up to `most` worker processes check the files of a walk while this one goes on walking. A
 // worker is started for each of the first tasks, of one file each, so that a few files are
-// spread over as many workers; then tasks are larger, so that the pipes are seldom waited on,
-// and small enough that the workers finish together.
+// spread over as many workers.
 class WorkerPool {
   public:
     WorkerPool(const Options& options, int most) : m_options(options), m_most(most) {}
@@ -134,7 +133,8 @@ class WorkerPool {
     }
 
   private:
-    static constexpr std::uint32_t kTaskFiles = 16;
+    static constexpr std::size_t kTaskFiles = 16;
+    static constexpr std::size_t kMostTaskFiles = 64;
     static constexpr std::size_t kTaskBytes = 16384;
 
     struct Worker {
@@ -173,10 +173,20 @@ class WorkerPool {
         }
     }
 
+    // Once the walk is over, tasks shrink towards the end of the run, so that the workers
+    // finish together; while many files are left they are large, so that the pipes are seldom
+    // waited on.
+    std::size_t TaskSize(const FileWalk& walk) const {
+        if (static_cast<int>(m_workers.size()) < m_most) return 1;
+        if (!walk.Finished()) return kTaskFiles;
+        const std::size_t share = (walk.Count() - m_next) / (4 * m_workers.size());
+        return std::clamp<std::size_t>(share, 1, kMostTaskFiles);
+    }
+
     // A task beginning with first. Its paths are kept well under a pipe's capacity, so that
     // writing a task never waits on a worker that waits to write its reports.
     void Send(Worker& worker, const std::string& first, FileWalk& walk) {
-        const std::uint32_t size = static_cast<int>(m_workers.size()) < m_most ? 1 : kTaskFiles;
+        const std::size_t size = TaskSize(walk);
         TaskHeader task{static_cast<std::uint32_t>(m_next), 1, 0};
         std::string message(sizeof task, '\0');
         message += first + '\0';
@@ -296,13 +306,14 @@ class Reporter {
         : m_walk(walk), m_showProgress(!quiet && ::isatty(STDERR_FILENO)) {}
 
     void Add(std::size_t index, FileReport report) {
-        if (index >= m_reports.size()) m_reports.resize(index + 1);
-        m_reports[index] = std::move(report);
+        const std::size_t slot = index - m_printed;
+        if (slot >= m_waiting.size()) m_waiting.resize(slot + 1);
+        m_waiting[slot] = std::move(report);
         ++m_received;
         if (index == m_printed) ClearProgress();
-        for (; m_printed < m_reports.size() && m_reports[m_printed]; ++m_printed) {
-            Print(*m_reports[m_printed]);
-            m_reports[m_printed].reset();
+        for (; !m_waiting.empty() && m_waiting.front(); ++m_printed) {
+            Print(*m_waiting.front());
+            m_waiting.pop_front();
         }
         ShowProgress();
     }
@@ -358,7 +369,7 @@ class Reporter {
     }
 
     const FileWalk& m_walk;
-    std::vector<std::optional<FileReport>> m_reports;
+    std::deque<std::optional<FileReport>> m_waiting;  // from the first file not yet printed
     std::size_t m_received = 0;
     std::size_t m_printed = 0;
     int m_withDiagnostics = 0;

@@ -99,7 +99,7 @@ constexpr Entry kTable[] = {
     {Text::kNotConvertible, "the text cannot be converted to {1}",
      "テキストを {1} に変換できません"},
     {Text::kUnreadableResult, "vx would not read the converted file",
-     "変換したファイルを vx が読めません"},
+     "変換したファイルは vx で読めません"},
     {Text::kOtherText, "the converted file reads back as other text",
      "変換したファイルを読み戻すと別のテキストになります"},
     {Text::kOtherDiagnostics, "the converted file has other diagnostics than the original",

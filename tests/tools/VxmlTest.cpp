@@ -482,6 +482,17 @@ TEST_F(VxmlTest, CheckWalksFoldersInOrderWithWorkers) {
     EXPECT_LT(one.out.find(Path("tree/z.xml")), one.out.find("<stdin>"));
     EXPECT_EQ(one.out.find("notes.txt"), std::string::npos);
     EXPECT_NE(Run({"check", "-r", "--all", Path("tree")}).out.find("notes.txt"), std::string::npos);
+    // The fuzz seeds and samples, many with diagnostics and odd first bytes.
+    const std::vector<std::string> seeds{"check", "-r", "--all", std::string(VXML_SAMPLES),
+                                         std::string(VXML_SAMPLES) + "/../fuzz/corpus"};
+    auto withJobs = [&](const std::string& jobs) {
+        std::vector<std::string> args = seeds;
+        args.insert(args.begin() + 1, {"-j", jobs});
+        return Run(args);
+    };
+    const auto serial = withJobs("1");
+    EXPECT_NE(serial.out, "");
+    EXPECT_EQ(withJobs("3").out, serial.out);
 
     const auto quiet = Run({"check", "-q", "-r", Path("tree")});
     EXPECT_EQ(quiet.status, 1);

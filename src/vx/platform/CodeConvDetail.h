@@ -2,6 +2,7 @@
 // Building blocks shared by the converters behind vcc::ConvertTo. Every converter either decodes
 // its encoding into UTF-16LE or encodes UTF-16LE into it, appending to an Output.
 #include <cstddef>
+#include <cstdint>
 
 namespace vcc::detail {
 
@@ -56,7 +57,28 @@ bool DecodeUcs4(const unsigned char* src, std::size_t length, Output& out);
 bool EncodeUcs4(const unsigned char* src, std::size_t length, Output& out);
 bool CopyUtf16(const unsigned char* src, std::size_t length, Output& out);
 
+// JapaneseBlocks.cpp: the fast loops of the Japanese converters. Each goes on from src[i] while
+// a whole block of input and of room is left, and stops before the first character its table
+// leaves to the per-character converter (kNoUnit, kNoBytes), which goes on from there.
+constexpr char16_t kNoUnit = 0xFFFF;  // a noncharacter: no code decodes to it
+constexpr std::uint16_t kNoBytes = 0xFFFF;
+
+struct BlockDecoder {
+    const char16_t* units;        // [lead << 8 | next byte]: the character the two bytes start
+    signed char pairLeadsBelow;   // the bytes that start two-byte characters, as signed bytes:
+    signed char pairLeadsAbove;   // those below the first, and the negative ones above the second
+};
+void DecodeBlocks(const BlockDecoder& decoder, const unsigned char* src, std::size_t length,
+                  std::size_t& i, Output& out);
+
+// bytes[unit]: the code's bytes, the first in the low half; a trail byte is never 0.
+void EncodeBlocks(const std::uint16_t* bytes, const unsigned char* src, std::size_t length,
+                  std::size_t& i, Output& out);
+
 // Japanese.cpp
+// Tests and fuzz targets select the per-character converters, which the fast loops must match.
+void UseBlockConverters(bool use);
+
 bool DecodeCp932(const unsigned char* src, std::size_t length, Output& out);
 bool EncodeCp932(const unsigned char* src, std::size_t length, Output& out);
 bool DecodeEucJp(const unsigned char* src, std::size_t length, Output& out);

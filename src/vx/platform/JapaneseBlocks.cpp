@@ -1,0 +1,173 @@
+// Shift_JIS and EUC-JP sixteen bytes or units at a time. Japanese text alternates short runs of
+// ASCII with short runs of kanji, so a loop that switches between an ASCII path and a table path
+// mispredicts at every switch. These loops have no such branch: each block is widened (or
+// narrowed) whole as if it were ASCII, and each other character is looked up and stored where
+// it belongs, followed by the next sixteen bytes widened again from just after it.
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
+#include <cstring>
+
+#include "vx/platform/CodeConvDetail.h"
+
+namespace vcc::detail {
+
+#if defined(__SSE2__)
+
+namespace {
+
+// Bytes (or units) per block: the loop over a block's other characters ends with a branch the
+// processor mispredicts, so a block is as long as the masks can be.
+constexpr std::size_t kBlock = 64;
+constexpr std::size_t kChunk = 16;
+// A block reads at most this many bytes from its start and writes at most kWriteReach.
+constexpr std::size_t kDecodeReadReach = kBlock + 2 + kChunk;
+constexpr std::size_t kDecodeWriteReach = 2 * kBlock + 2 * kChunk;
+constexpr std::size_t kEncodeReadReach = 2 * (kBlock + kChunk);
+constexpr std::size_t kEncodeWriteReach = 2 * kBlock + kChunk;
+
+using Mask = std::uint64_t;  // a bit for each byte or unit of a block
+// Where the block's ASCII is copied even with no other character before it.
+constexpr Mask kChunkStarts = 0x0001000100010001;
+
+__m128i Load(const unsigned char* p) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p));
+}
+
+void Store(unsigned char* p, __m128i value) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(p), value);
+}
+
+void Widen(__m128i bytes, unsigned char* to) {
+    const __m128i zero = _mm_setzero_si128();
+    Store(to, _mm_unpacklo_epi8(bytes, zero));
+    Store(to + 16, _mm_unpackhi_epi8(bytes, zero));
+}
+
+// Packs sixteen units to bytes (any unit above 0xFF is spoilt, and overwritten later).
+__m128i Narrow(const unsigned char* src) {
+    return _mm_packus_epi16(Load(src), Load(src + 16));
+}
+
+// The block's mask of chunk-wide tests: bit k from byte k of test(chunk) for each chunk.
+template <class Test>
+Mask MaskOf(Test test) {
+    Mask mask = 0;
+    for (std::size_t chunk = 0; chunk < kBlock / kChunk; ++chunk)
+        mask |= Mask{static_cast<unsigned>(_mm_movemask_epi8(test(chunk)))} << (chunk * kChunk);
+    return mask;
+}
+
+Mask LowestBit(Mask mask) {
+    return static_cast<Mask>(__builtin_ctzll(mask));
+}
+
+// Bit k set where byte k of the block leads a two-byte character, given that byte 0 starts a
+// character and canLead marks the bytes that lead one when they start it. The byte after one
+// that cannot lead always starts a character, so each run of possible leads begins with a lead
+// and alternates with trails from there.
+Mask LeadsOf(Mask canLead) {
+    constexpr Mask kEven = 0x5555555555555555;
+    const Mask runStarts = canLead & ~(canLead << 1);
+    // Adding a run's first bit clears the run, so this keeps the runs that start at even bits.
+    const Mask evenRuns = canLead & ~(canLead + (runStarts & kEven));
+    return (evenRuns & kEven) | (canLead & ~evenRuns & ~kEven);
+}
+
+}  // namespace
+
+void DecodeBlocks(const BlockDecoder& decoder, const unsigned char* src, std::size_t length,
+                  std::size_t& next, Output& out) {
+    const __m128i below = _mm_set1_epi8(decoder.pairLeadsBelow);
+    const __m128i above = _mm_set1_epi8(decoder.pairLeadsAbove);
+    const __m128i zero = _mm_setzero_si128();
+    const char16_t* const units = decoder.units;
+    std::size_t i = next;
+    unsigned char* to = out.End();
+    const unsigned char* const limit = out.data + out.capacity;
+    while (length - i >= kDecodeReadReach &&
+           static_cast<std::size_t>(limit - to) >= kDecodeWriteReach) {
+        const unsigned char* const block = src + i;
+        const Mask high = MaskOf([&](std::size_t chunk) { return Load(block + chunk * kChunk); });
+        const Mask leads = LeadsOf(MaskOf([&](std::size_t chunk) {
+            const __m128i bytes = Load(block + chunk * kChunk);
+            return _mm_or_si128(
+                _mm_cmplt_epi8(bytes, below),
+                _mm_and_si128(_mm_cmpgt_epi8(bytes, above), _mm_cmplt_epi8(bytes, zero)));
+        }));
+        std::size_t trails = 0;  // trail bytes so far: the output lags the input by as many
+        for (Mask starts = (high | kChunkStarts) & ~(leads << 1); starts != 0;
+             starts &= starts - 1) {
+            const std::size_t k = LowestBit(starts);
+            const unsigned char* p = block + k;
+            const char16_t unit = units[p[0] << 8 | p[1]];
+            unsigned char* at = to + 2 * (k - trails);
+            if (unit == kNoUnit) {
+                next = i + k;
+                out.size = static_cast<std::size_t>(at - out.data);
+                return;
+            }
+            StoreUnit(at, unit);
+            const std::size_t pair = (leads >> k) & 1;
+            trails += pair;
+            Widen(Load(p + 1 + pair), at + 2);
+        }
+        const std::size_t read = kBlock + ((leads >> (kBlock - 1)) & 1);  // the last may lead
+        i += read;
+        to += 2 * (read - trails);
+    }
+    next = i;
+    out.size = static_cast<std::size_t>(to - out.data);
+}
+
+void EncodeBlocks(const std::uint16_t* codes, const unsigned char* src, std::size_t length,
+                  std::size_t& next, Output& out) {
+    const __m128i nonAscii = _mm_set1_epi16(static_cast<short>(0xFF80));
+    const __m128i zero = _mm_setzero_si128();
+    auto isAscii = [&](const unsigned char* p) {
+        return _mm_cmpeq_epi16(_mm_and_si128(Load(p), nonAscii), zero);
+    };
+    std::size_t i = next;
+    unsigned char* to = out.End();
+    const unsigned char* const limit = out.data + out.capacity;
+    while (length - i >= kEncodeReadReach &&
+           static_cast<std::size_t>(limit - to) >= kEncodeWriteReach) {
+        const unsigned char* const block = src + i;
+        const Mask ascii = MaskOf([&](std::size_t chunk) {
+            const unsigned char* p = block + 2 * kChunk * chunk;
+            return _mm_packs_epi16(isAscii(p), isAscii(p + 16));
+        });
+        std::size_t seconds = 0;  // second bytes so far: the output leads the input by as many
+        for (Mask starts = ~ascii | kChunkStarts; starts != 0; starts &= starts - 1) {
+            const std::size_t k = LowestBit(starts);
+            const unsigned char* p = block + 2 * k;
+            const std::uint16_t code = codes[LoadUnit(p)];
+            unsigned char* at = to + k + seconds;
+            if (code == kNoBytes) {
+                next = i + 2 * k;
+                out.size = static_cast<std::size_t>(at - out.data);
+                return;
+            }
+            std::memcpy(at, &code, 2);
+            const std::size_t pair = code > 0xFF;
+            seconds += pair;
+            Store(at + 1 + pair, Narrow(p + 2));
+        }
+        i += 2 * kBlock;
+        to += kBlock + seconds;
+    }
+    next = i;
+    out.size = static_cast<std::size_t>(to - out.data);
+}
+
+#else
+
+// Without SSE2 the per-character converters do all the work.
+void DecodeBlocks(const BlockDecoder&, const unsigned char*, std::size_t, std::size_t&, Output&) {}
+void EncodeBlocks(const std::uint16_t*, const unsigned char*, std::size_t, std::size_t&,
+                  Output&) {}
+
+#endif
+
+}  // namespace vcc::detail

@@ -63,10 +63,12 @@ bool CopyUtf16(const unsigned char* src, std::size_t length, Output& out);
 constexpr char16_t kNoUnit = 0xFFFF;  // a noncharacter: no code decodes to it
 constexpr std::uint16_t kNoBytes = 0xFFFF;
 
+struct ByteRange {
+    unsigned char first, last;
+};
 struct BlockDecoder {
-    const char16_t* units;        // [lead << 8 | next byte]: the character the two bytes start
-    signed char pairLeadsBelow;   // the bytes that start two-byte characters, as signed bytes:
-    signed char pairLeadsAbove;   // those below the first, and the negative ones above the second
+    const char16_t* units;  // [lead << 8 | next byte]: the character the two bytes start
+    ByteRange pairLeads[2];  // the bytes that start characters of more than one byte
 };
 void DecodeBlocks(const BlockDecoder& decoder, const unsigned char* src, std::size_t length,
                   std::size_t& i, Output& out);

@@ -50,8 +50,7 @@ struct Charset {
     const Plane* triples;  // after kSs3; null for code page 932
     const Encoding* encodings;
     std::size_t encodingCount;
-    signed char pairLeadsBelow;  // the bytes whose single is kNoUnit, for BlockDecoder
-    signed char pairLeadsAbove;
+    std::array<ByteRange, 2> pairLeads;  // the bytes whose single is kNoUnit
 
     // Decodes the character at src[i], moving i past it; false for a byte sequence that is not
     // a whole character.
@@ -118,16 +117,12 @@ struct Charset {
     }
 };
 
-// Code page 932 leads pairs with 0x80-0xA0 and 0xE0-0xFF, EUC-JP with every byte from 0x80.
-constexpr Charset kCp932{kCp932Singles,
-                         &kCp932Pairs,
-                         nullptr,
-                         kCp932Encodings.data(),
-                         kCp932Encodings.size(),
-                         static_cast<signed char>(0xA1),
-                         static_cast<signed char>(0xDF)};
-constexpr Charset kEucJp{kEucJpSingles,         &kEucJpPairs, &kEucJpTriples, kEucJpEncodings.data(),
-                         kEucJpEncodings.size(), 0,            0x7F};
+constexpr Charset kCp932{kCp932Singles,          &kCp932Pairs,
+                         nullptr,                kCp932Encodings.data(),
+                         kCp932Encodings.size(), {{{0x80, 0xA0}, {0xE0, 0xFF}}}};
+constexpr Charset kEucJp{kEucJpSingles,          &kEucJpPairs,
+                         &kEucJpTriples,         kEucJpEncodings.data(),
+                         kEucJpEncodings.size(), {{{0x8E, 0x8F}, {0xA0, 0xFF}}}};
 
 std::atomic<bool> blocksOn{true};
 
@@ -214,8 +209,8 @@ bool EncodeRun(const Code* codes, const unsigned char* src, std::size_t length, 
 // from where they stop, and do all the work when the block loops are switched off.
 template <const Charset& charset>
 bool Decode(const unsigned char* src, std::size_t length, Output& out) {
-    const BlockDecoder decoder{Tables<charset>::Units().data(), charset.pairLeadsBelow,
-                               charset.pairLeadsAbove};
+    const BlockDecoder decoder{Tables<charset>::Units().data(),
+                               {charset.pairLeads[0], charset.pairLeads[1]}};
     const bool useBlocks = blocksOn.load(std::memory_order_relaxed);
     for (std::size_t i = 0; i < length;) {
         if (useBlocks) DecodeBlocks(decoder, src, length, i, out);

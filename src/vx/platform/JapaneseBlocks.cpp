@@ -75,13 +75,33 @@ Mask LeadsOf(Mask canLead) {
     return (evenRuns & kEven) | (canLead & ~evenRuns & ~kEven);
 }
 
+// Marks the bytes in either of two ranges.
+class LeadTest {
+  public:
+    explicit LeadTest(const ByteRange (&ranges)[2]) {
+        for (int k = 0; k < 2; ++k) {
+            m_first[k] = _mm_set1_epi8(static_cast<char>(ranges[k].first));
+            m_span[k] = _mm_set1_epi8(static_cast<char>(ranges[k].last - ranges[k].first));
+        }
+    }
+
+    __m128i operator()(__m128i bytes) const { return _mm_or_si128(In(bytes, 0), In(bytes, 1)); }
+
+  private:
+    __m128i In(__m128i bytes, int k) const {
+        const __m128i offset = _mm_sub_epi8(bytes, m_first[k]);
+        return _mm_cmpeq_epi8(_mm_min_epu8(offset, m_span[k]), offset);
+    }
+
+    __m128i m_first[2];
+    __m128i m_span[2];
+};
+
 }  // namespace
 
 void DecodeBlocks(const BlockDecoder& decoder, const unsigned char* src, std::size_t length,
                   std::size_t& next, Output& out) {
-    const __m128i below = _mm_set1_epi8(decoder.pairLeadsBelow);
-    const __m128i above = _mm_set1_epi8(decoder.pairLeadsAbove);
-    const __m128i zero = _mm_setzero_si128();
+    const LeadTest leadTest(decoder.pairLeads);
     const char16_t* const units = decoder.units;
     std::size_t i = next;
     unsigned char* to = out.End();
@@ -90,12 +110,8 @@ void DecodeBlocks(const BlockDecoder& decoder, const unsigned char* src, std::si
            static_cast<std::size_t>(limit - to) >= kDecodeWriteReach) {
         const unsigned char* const block = src + i;
         const Mask high = MaskOf([&](std::size_t chunk) { return Load(block + chunk * kChunk); });
-        const Mask leads = LeadsOf(MaskOf([&](std::size_t chunk) {
-            const __m128i bytes = Load(block + chunk * kChunk);
-            return _mm_or_si128(
-                _mm_cmplt_epi8(bytes, below),
-                _mm_and_si128(_mm_cmpgt_epi8(bytes, above), _mm_cmplt_epi8(bytes, zero)));
-        }));
+        const Mask leads = LeadsOf(
+            MaskOf([&](std::size_t chunk) { return leadTest(Load(block + chunk * kChunk)); }));
         std::size_t trails = 0;  // trail bytes so far: the output lags the input by as many
         for (Mask starts = (high | kChunkStarts) & ~(leads << 1); starts != 0;
              starts &= starts - 1) {

@@ -7,6 +7,7 @@
 #include <emmintrin.h>
 #endif
 
+#include <algorithm>
 #include <cstring>
 
 #include "vx/platform/CodeConvDetail.h"
@@ -24,8 +25,8 @@ constexpr std::size_t kChunk = 16;
 // A block reads at most this many bytes from its start and writes at most kWriteReach.
 constexpr std::size_t kDecodeReadReach = kBlock + 2 + kChunk;
 constexpr std::size_t kDecodeWriteReach = 2 * kBlock + 2 * kChunk;
-constexpr std::size_t kEncodeReadReach = 2 * (kBlock + kChunk);
-constexpr std::size_t kEncodeWriteReach = 2 * kBlock + kChunk;
+constexpr std::size_t kEncodeReadReach = 2 * (kBlock + 1 + kChunk);
+constexpr std::size_t kEncodeWriteReach = 2 * kBlock + 2 + kChunk;
 
 using Mask = std::uint64_t;  // a bit for each byte or unit of a block
 // Where the block's ASCII is copied even with no other character before it.
@@ -154,24 +155,41 @@ void EncodeBlocks(const std::uint16_t* codes, const unsigned char* src, std::siz
             const unsigned char* p = block + 2 * kChunk * chunk;
             return _mm_packs_epi16(isAscii(p), isAscii(p + 16));
         });
+        // Each step encodes two units, as kanji come in runs; the last step may take the first
+        // unit of the next block.
         std::size_t seconds = 0;  // second bytes so far: the output leads the input by as many
-        for (Mask starts = ~ascii | kChunkStarts; starts != 0; starts &= starts - 1) {
-            const std::size_t k = LowestBit(starts);
-            const unsigned char* p = block + 2 * k;
-            const std::uint16_t code = codes[LoadUnit(p)];
-            unsigned char* at = to + k + seconds;
-            if (code == kNoBytes) {
-                next = i + 2 * k;
-                out.size = static_cast<std::size_t>(at - out.data);
-                return;
-            }
+        std::size_t read = kBlock;
+        unsigned char* at;
+        // Stores the code of the unit'th unit; false for one left to the caller.
+        auto put = [&](std::size_t unit) {
+            const std::uint16_t code = codes[LoadUnit(block + 2 * unit)];
+            if (code == kNoBytes) return false;
             std::memcpy(at, &code, 2);
             const std::size_t pair = code > 0xFF;
             seconds += pair;
-            Store(at + 1 + pair, Narrow(p + 2));
+            at += 1 + pair;
+            return true;
+        };
+        // Steps at every other unit of each run of others, from its first, and at the chunks
+        // that no such step takes or ends just before.
+        const Mask pairs = LeadsOf(~ascii);
+        const Mask ownChunks = kChunkStarts & ~Mask{1} & ~(pairs << 1) & ~(pairs >> 1);
+        for (std::size_t chunk = 0; chunk < kBlock; chunk += kChunk)
+            Store(to + chunk, Narrow(block + 2 * chunk));
+        for (Mask starts = pairs | ownChunks; starts != 0; starts &= starts - 1) {
+            const std::size_t k = LowestBit(starts);
+            at = to + k + seconds;
+            std::size_t unit = k;
+            if (!put(unit) || !put(++unit)) {
+                next = i + 2 * unit;
+                out.size = static_cast<std::size_t>(at - out.data);
+                return;
+            }
+            Store(at, Narrow(block + 2 * (k + 2)));
+            read = std::max(read, k + 2);
         }
-        i += 2 * kBlock;
-        to += kBlock + seconds;
+        i += 2 * read;
+        to += read + seconds;
     }
     next = i;
     out.size = static_cast<std::size_t>(to - out.data);

@@ -94,7 +94,7 @@ struct Charset {
         for (unsigned lead = 0; lead < 0x100; ++lead) {
             for (unsigned next = 0; next < 0x100; ++next) {
                 const bool triple = triples && lead == kSs3;
-                units[lead << 8 | next] = singles[lead] != kNoUnit ? singles[lead]
+                units[next << 8 | lead] = singles[lead] != kNoUnit ? singles[lead]
                                           : triple                 ? kNoUnit
                                                                    : pairs->At(lead, next);
             }

@@ -60,8 +60,8 @@ Mask MaskOf(Test test) {
     return mask;
 }
 
-Mask LowestBit(Mask mask) {
-    return static_cast<Mask>(__builtin_ctzll(mask));
+unsigned LowestBit(Mask mask) {
+    return static_cast<unsigned>(__builtin_ctzll(mask));
 }
 
 // Bit k set where byte k of the block leads a two-byte character, given that byte 0 starts a
@@ -113,26 +113,27 @@ void DecodeBlocks(const BlockDecoder& decoder, const unsigned char* src, std::si
         const Mask high = MaskOf([&](std::size_t chunk) { return Load(block + chunk * kChunk); });
         const Mask leads = LeadsOf(
             MaskOf([&](std::size_t chunk) { return leadTest(Load(block + chunk * kChunk)); }));
-        std::size_t trails = 0;  // trail bytes so far: the output lags the input by as many
+        // Byte k goes to base + 2 * k, base moving back a unit past each trail byte.
+        unsigned char* base = to;
         for (Mask starts = (high | kChunkStarts) & ~(leads << 1); starts != 0;
              starts &= starts - 1) {
-            const std::size_t k = LowestBit(starts);
+            const unsigned k = LowestBit(starts);
             const unsigned char* p = block + k;
-            const char16_t unit = units[p[0] << 8 | p[1]];
-            unsigned char* at = to + 2 * (k - trails);
+            const char16_t unit = units[LoadUnit(p)];
+            unsigned char* at = base + 2 * k;
             if (unit == kNoUnit) {
                 next = i + k;
                 out.size = static_cast<std::size_t>(at - out.data);
                 return;
             }
             StoreUnit(at, unit);
-            const std::size_t pair = (leads >> k) & 1;
-            trails += pair;
+            const unsigned pair = (leads >> k) & 1;
+            base -= 2 * pair;
             Widen(Load(p + 1 + pair), at + 2);
         }
         const std::size_t read = kBlock + ((leads >> (kBlock - 1)) & 1);  // the last may lead
         i += read;
-        to += 2 * (read - trails);
+        to = base + 2 * read;
     }
     next = i;
     out.size = static_cast<std::size_t>(to - out.data);

@@ -10,32 +10,15 @@
 #include <utility>
 #include <vector>
 
+#include "platform/CodeConvTestUtil.h"
 #include "platform/PlatformTestUtil.h"
 
 namespace {
 
+using platform_test::Convert;
 using platform_test::Hex;
+using platform_test::Wide;
 using namespace vcc;
-
-std::optional<std::string> Convert(const std::string& src, eCodeType from, eCodeType to) {
-    int size = 0;
-    if (!GetBufSizeByByte(&size, static_cast<int>(src.size()), from, to)) return std::nullopt;
-    std::string dst(static_cast<std::size_t>(size), '\0');
-    if (!ConvertTo(src.data(), static_cast<int>(src.size()), from, dst.data(), &size, to)) {
-        return std::nullopt;
-    }
-    dst.resize(static_cast<std::size_t>(size));
-    return dst;
-}
-
-std::string Wide(const std::u16string& text) {
-    std::string bytes;
-    for (char16_t unit : text) {
-        bytes += static_cast<char>(unit & 0xFF);
-        bytes += static_cast<char>(unit >> 8);
-    }
-    return bytes;
-}
 
 // Kana, kanji, full-width forms, ASCII backslash and tilde, and the characters whose mapping
 // differs between Windows-932 and JIS X 0208.
@@ -254,34 +237,6 @@ TEST(CodeConv, Iso2022JpIsCodePage932ByJisCell) {
         mismatches.Check(
             wide, Convert(wide, eUtf16LE, eIso2022JP),
             assigned ? std::optional(std::string("A").append(jis(cell->second))) : std::nullopt);
-    }
-}
-
-TEST(CodeConv, AsciiRunsAroundJapaneseAtEveryOffset) {
-    const struct {
-        eCodeType code;
-        std::string kanji;  // 漢
-    } cases[] = {{eShiftJIS, Hex("8a bf")},
-                 {eEucJP, Hex("b4 c1")},
-                 {eIso2022JP, Hex("1b 24 42 34 41 1b 28 42")}};
-    for (const auto& c : cases) {
-        for (std::size_t before = 0; before < 40; before += 3) {
-            const std::string ascii = std::string(before, 'a') + "<b/>\x7f";
-            const std::string bytes = ascii + c.kanji + ascii + c.kanji + ascii;
-            const std::string wide = Wide(std::u16string(ascii.begin(), ascii.end()) + u"漢" +
-                                          std::u16string(ascii.begin(), ascii.end()) + u"漢" +
-                                          std::u16string(ascii.begin(), ascii.end()));
-            EXPECT_EQ(Convert(bytes, c.code, eUtf16LE), wide) << c.code << " " << before;
-            EXPECT_EQ(Convert(wide, eUtf16LE, c.code), bytes) << c.code << " " << before;
-            // One byte too few for the result fails instead of writing past the buffer.
-            int size = static_cast<int>(wide.size()) - 1;
-            std::string out(static_cast<std::size_t>(size), '\0');
-            EXPECT_FALSE(ConvertTo(bytes.data(), static_cast<int>(bytes.size()), c.code, out.data(),
-                                   &size, eUtf16LE));
-            size = static_cast<int>(bytes.size()) - 1;
-            EXPECT_FALSE(ConvertTo(wide.data(), static_cast<int>(wide.size()), eUtf16LE, out.data(),
-                                   &size, c.code));
-        }
     }
 }
 

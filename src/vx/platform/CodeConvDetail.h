@@ -67,7 +67,7 @@ struct ByteRange {
     unsigned char first, last;
 };
 struct BlockDecoder {
-    const char16_t* units;  // [next byte << 8 | lead]: the character the two bytes start
+    const char16_t* units;   // [next byte << 8 | lead]: the character the two bytes start
     ByteRange pairLeads[2];  // the bytes that start characters of more than one byte
 };
 void DecodeBlocks(const BlockDecoder& decoder, const unsigned char* src, std::size_t length,

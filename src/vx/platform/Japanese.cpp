@@ -117,9 +117,9 @@ struct Charset {
     }
 };
 
-constexpr Charset kCp932{kCp932Singles,          &kCp932Pairs,
-                         nullptr,                kCp932Encodings.data(),
-                         kCp932Encodings.size(), {{{0x80, 0xA0}, {0xE0, 0xFF}}}};
+constexpr Charset kCp932{
+    kCp932Singles,          &kCp932Pairs,           nullptr,
+    kCp932Encodings.data(), kCp932Encodings.size(), {{{0x80, 0xA0}, {0xE0, 0xFF}}}};
 constexpr Charset kEucJp{kEucJpSingles,          &kEucJpPairs,
                          &kEucJpTriples,         kEucJpEncodings.data(),
                          kEucJpEncodings.size(), {{{0x8E, 0x8F}, {0xA0, 0xFF}}}};

@@ -98,45 +98,60 @@ class LeadTest {
     __m128i m_span[2];
 };
 
+// Where a block loop has got to in the input (i) and the output (to). Locals of the loop, so
+// that stores through the output pointers need not reload them.
+struct Cursor {
+    const unsigned char* src;
+    std::size_t length;
+    const Output& out;
+    std::size_t i;
+    unsigned char* to;
+
+    // Whether a whole block, reading and writing up to so many bytes, fits.
+    bool Fits(std::size_t readReach, std::size_t writeReach) const {
+        return length - i >= readReach &&
+               static_cast<std::size_t>(out.data + out.capacity - to) >= writeReach;
+    }
+    const unsigned char* Block() const { return src + i; }
+};
+
+// Hands the place reached back to the caller.
+void Stop(std::size_t at, const unsigned char* end, std::size_t& next, Output& out) {
+    next = at;
+    out.size = static_cast<std::size_t>(end - out.data);
+}
+
 }  // namespace
 
 void DecodeBlocks(const BlockDecoder& decoder, const unsigned char* src, std::size_t length,
                   std::size_t& next, Output& out) {
     const LeadTest leadTest(decoder.pairLeads);
     const char16_t* const units = decoder.units;
-    std::size_t i = next;
-    unsigned char* to = out.End();
-    const unsigned char* const limit = out.data + out.capacity;
-    while (length - i >= kDecodeReadReach &&
-           static_cast<std::size_t>(limit - to) >= kDecodeWriteReach) {
-        const unsigned char* const block = src + i;
+    Cursor c{src, length, out, next, out.End()};
+    while (c.Fits(kDecodeReadReach, kDecodeWriteReach)) {
+        const unsigned char* const block = c.Block();
         const Mask high = MaskOf([&](std::size_t chunk) { return Load(block + chunk * kChunk); });
         const Mask leads = LeadsOf(
             MaskOf([&](std::size_t chunk) { return leadTest(Load(block + chunk * kChunk)); }));
         // Byte k goes to base + 2 * k, base moving back a unit past each trail byte.
-        unsigned char* base = to;
+        unsigned char* base = c.to;
         for (Mask starts = (high | kChunkStarts) & ~(leads << 1); starts != 0;
              starts &= starts - 1) {
             const unsigned k = LowestBit(starts);
             const unsigned char* p = block + k;
             const char16_t unit = units[LoadUnit(p)];
             unsigned char* at = base + 2 * k;
-            if (unit == kNoUnit) {
-                next = i + k;
-                out.size = static_cast<std::size_t>(at - out.data);
-                return;
-            }
+            if (unit == kNoUnit) return Stop(c.i + k, at, next, out);
             StoreUnit(at, unit);
             const unsigned pair = (leads >> k) & 1;
             base -= 2 * pair;
             Widen(Load(p + 1 + pair), at + 2);
         }
         const std::size_t read = kBlock + ((leads >> (kBlock - 1)) & 1);  // the last may lead
-        i += read;
-        to = base + 2 * read;
+        c.i += read;
+        c.to = base + 2 * read;
     }
-    next = i;
-    out.size = static_cast<std::size_t>(to - out.data);
+    Stop(c.i, c.to, next, out);
 }
 
 void EncodeBlocks(const std::uint16_t* codes, const unsigned char* src, std::size_t length,
@@ -146,12 +161,9 @@ void EncodeBlocks(const std::uint16_t* codes, const unsigned char* src, std::siz
     auto isAscii = [&](const unsigned char* p) {
         return _mm_cmpeq_epi16(_mm_and_si128(Load(p), nonAscii), zero);
     };
-    std::size_t i = next;
-    unsigned char* to = out.End();
-    const unsigned char* const limit = out.data + out.capacity;
-    while (length - i >= kEncodeReadReach &&
-           static_cast<std::size_t>(limit - to) >= kEncodeWriteReach) {
-        const unsigned char* const block = src + i;
+    Cursor c{src, length, out, next, out.End()};
+    while (c.Fits(kEncodeReadReach, kEncodeWriteReach)) {
+        const unsigned char* const block = c.Block();
         const Mask ascii = MaskOf([&](std::size_t chunk) {
             const unsigned char* p = block + 2 * kChunk * chunk;
             return _mm_packs_epi16(isAscii(p), isAscii(p + 16));
@@ -176,32 +188,26 @@ void EncodeBlocks(const std::uint16_t* codes, const unsigned char* src, std::siz
         const Mask pairs = LeadsOf(~ascii);
         const Mask ownChunks = kChunkStarts & ~Mask{1} & ~(pairs << 1) & ~(pairs >> 1);
         for (std::size_t chunk = 0; chunk < kBlock; chunk += kChunk)
-            Store(to + chunk, Narrow(block + 2 * chunk));
+            Store(c.to + chunk, Narrow(block + 2 * chunk));
         for (Mask starts = pairs | ownChunks; starts != 0; starts &= starts - 1) {
             const std::size_t k = LowestBit(starts);
-            at = to + k + seconds;
+            at = c.to + k + seconds;
             std::size_t unit = k;
-            if (!put(unit) || !put(++unit)) {
-                next = i + 2 * unit;
-                out.size = static_cast<std::size_t>(at - out.data);
-                return;
-            }
+            if (!put(unit) || !put(++unit)) return Stop(c.i + 2 * unit, at, next, out);
             Store(at, Narrow(block + 2 * (k + 2)));
             read = std::max(read, k + 2);
         }
-        i += 2 * read;
-        to += read + seconds;
+        c.i += 2 * read;
+        c.to += read + seconds;
     }
-    next = i;
-    out.size = static_cast<std::size_t>(to - out.data);
+    Stop(c.i, c.to, next, out);
 }
 
 #else
 
 // Without SSE2 the per-character converters do all the work.
 void DecodeBlocks(const BlockDecoder&, const unsigned char*, std::size_t, std::size_t&, Output&) {}
-void EncodeBlocks(const std::uint16_t*, const unsigned char*, std::size_t, std::size_t&,
-                  Output&) {}
+void EncodeBlocks(const std::uint16_t*, const unsigned char*, std::size_t, std::size_t&, Output&) {}
 
 #endif
 

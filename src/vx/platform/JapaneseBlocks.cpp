@@ -64,6 +64,16 @@ unsigned LowestBit(Mask mask) {
     return static_cast<unsigned>(__builtin_ctzll(mask));
 }
 
+unsigned HighestBit(Mask mask) {
+    return static_cast<unsigned>(63 - __builtin_clzll(mask));
+}
+
+// The bits of `mask` above the lowest bit of `first`; none when first is empty.
+Mask AfterFirst(Mask first, Mask mask) {
+    const Mask lowest = first & (~first + 1);
+    return mask & ~(lowest - 1) & ~lowest;
+}
+
 // Bit k set where byte k of the block leads a two-byte character, given that byte 0 starts a
 // character and canLead marks the bytes that lead one when they start it. The byte after one
 // that cannot lead always starts a character, so each run of possible leads begins with a lead
@@ -168,10 +178,16 @@ void EncodeBlocks(const std::uint16_t* codes, const unsigned char* src, std::siz
             const unsigned char* p = block + 2 * kChunk * chunk;
             return _mm_packs_epi16(isAscii(p), isAscii(p + 16));
         });
-        // Each step encodes two units, as kanji come in runs; the last step may take the first
-        // unit of the next block.
-        std::size_t seconds = 0;  // second bytes so far: the output leads the input by as many
-        std::size_t read = kBlock;
+        for (std::size_t chunk = 0; chunk < kBlock; chunk += kChunk)
+            Store(c.to + chunk, Narrow(block + 2 * chunk));
+        // Each step encodes two units, as kanji come in runs: at every other unit of each run
+        // of others, from its first, and at the chunks after the first that no such step takes
+        // or ends just before. The last step may take the first unit of the next block.
+        const Mask pairs = LeadsOf(~ascii);
+        const Mask steps =
+            pairs | (AfterFirst(pairs, kChunkStarts) & ~(pairs << 1) & ~(pairs >> 1));
+        // Unit k goes to base + k, base moving on a byte past each two-byte code.
+        unsigned char* base = c.to;
         unsigned char* at;
         // Stores the code of the unit'th unit; false for one left to the caller.
         auto put = [&](std::size_t unit) {
@@ -179,26 +195,20 @@ void EncodeBlocks(const std::uint16_t* codes, const unsigned char* src, std::siz
             if (code == kNoBytes) return false;
             std::memcpy(at, &code, 2);
             const std::size_t pair = code > 0xFF;
-            seconds += pair;
+            base += pair;
             at += 1 + pair;
             return true;
         };
-        // Steps at every other unit of each run of others, from its first, and at the chunks
-        // that no such step takes or ends just before.
-        const Mask pairs = LeadsOf(~ascii);
-        const Mask ownChunks = kChunkStarts & ~Mask{1} & ~(pairs << 1) & ~(pairs >> 1);
-        for (std::size_t chunk = 0; chunk < kBlock; chunk += kChunk)
-            Store(c.to + chunk, Narrow(block + 2 * chunk));
-        for (Mask starts = pairs | ownChunks; starts != 0; starts &= starts - 1) {
-            const std::size_t k = LowestBit(starts);
-            at = c.to + k + seconds;
+        for (Mask left = steps; left != 0; left &= left - 1) {
+            const std::size_t k = LowestBit(left);
+            at = base + k;
             std::size_t unit = k;
             if (!put(unit) || !put(++unit)) return Stop(c.i + 2 * unit, at, next, out);
             Store(at, Narrow(block + 2 * (k + 2)));
-            read = std::max(read, k + 2);
         }
+        const std::size_t read = std::max<std::size_t>(kBlock, HighestBit(steps | 1) + 2);
         c.i += 2 * read;
-        c.to += read + seconds;
+        c.to = base + read;
     }
     Stop(c.i, c.to, next, out);
 }

@@ -1,8 +1,8 @@
-// Shift_JIS and EUC-JP sixteen bytes or units at a time. Japanese text alternates short runs of
+// Shift_JIS and EUC-JP 64 bytes (or units) at a time. Japanese text alternates short runs of
 // ASCII with short runs of kanji, so a loop that switches between an ASCII path and a table path
-// mispredicts at every switch. These loops have no such branch: each block is widened (or
-// narrowed) whole as if it were ASCII, and each other character is looked up and stored where
-// it belongs, followed by the next sixteen bytes widened again from just after it.
+// mispredicts at every switch. These loops have no such branch: SSE2 finds a block's other
+// characters, and each is looked up and stored where it belongs, followed by the next sixteen
+// bytes widened (or narrowed) as if they were ASCII; the next character overwrites what is not.
 #if defined(__SSE2__)
 #include <emmintrin.h>
 #endif
@@ -29,7 +29,7 @@ constexpr std::size_t kEncodeReadReach = 2 * (kBlock + 1 + kChunk);
 constexpr std::size_t kEncodeWriteReach = 2 * kBlock + 2 + kChunk;
 
 using Mask = std::uint64_t;  // a bit for each byte or unit of a block
-// Where the block's ASCII is copied even with no other character before it.
+// Steps that copy the ASCII of each chunk however far the last other character lies.
 constexpr Mask kChunkStarts = 0x0001000100010001;
 
 __m128i Load(const unsigned char* p) {
@@ -108,6 +108,27 @@ class LeadTest {
     __m128i m_span[2];
 };
 
+// Bit k set where unit k of the block is not ASCII.
+Mask NonAsciiUnits(const unsigned char* block) {
+    const __m128i nonAscii = _mm_set1_epi16(static_cast<short>(0xFF80));
+    const __m128i zero = _mm_setzero_si128();
+    auto isAscii = [&](const unsigned char* p) {
+        return _mm_cmpeq_epi16(_mm_and_si128(Load(p), nonAscii), zero);
+    };
+    return ~MaskOf([&](std::size_t chunk) {
+        const unsigned char* p = block + 2 * kChunk * chunk;
+        return _mm_packs_epi16(isAscii(p), isAscii(p + 16));
+    });
+}
+
+// Where the encoder steps, two units a step as kanji come in runs: at every other unit of each
+// run of others, from its first, and at the chunks after the first such step that no step takes
+// or ends just before. The last step may take the first unit of the next block.
+Mask EncodeSteps(Mask others) {
+    const Mask pairs = LeadsOf(others);
+    return pairs | (AfterFirst(pairs, kChunkStarts) & ~(pairs << 1) & ~(pairs >> 1));
+}
+
 // Where a block loop has got to in the input (i) and the output (to). Locals of the loop, so
 // that stores through the output pointers need not reload them.
 struct Cursor {
@@ -166,26 +187,12 @@ void DecodeBlocks(const BlockDecoder& decoder, const unsigned char* src, std::si
 
 void EncodeBlocks(const std::uint16_t* codes, const unsigned char* src, std::size_t length,
                   std::size_t& next, Output& out) {
-    const __m128i nonAscii = _mm_set1_epi16(static_cast<short>(0xFF80));
-    const __m128i zero = _mm_setzero_si128();
-    auto isAscii = [&](const unsigned char* p) {
-        return _mm_cmpeq_epi16(_mm_and_si128(Load(p), nonAscii), zero);
-    };
     Cursor c{src, length, out, next, out.End()};
     while (c.Fits(kEncodeReadReach, kEncodeWriteReach)) {
         const unsigned char* const block = c.Block();
-        const Mask ascii = MaskOf([&](std::size_t chunk) {
-            const unsigned char* p = block + 2 * kChunk * chunk;
-            return _mm_packs_epi16(isAscii(p), isAscii(p + 16));
-        });
         for (std::size_t chunk = 0; chunk < kBlock; chunk += kChunk)
             Store(c.to + chunk, Narrow(block + 2 * chunk));
-        // Each step encodes two units, as kanji come in runs: at every other unit of each run
-        // of others, from its first, and at the chunks after the first that no such step takes
-        // or ends just before. The last step may take the first unit of the next block.
-        const Mask pairs = LeadsOf(~ascii);
-        const Mask steps =
-            pairs | (AfterFirst(pairs, kChunkStarts) & ~(pairs << 1) & ~(pairs >> 1));
+        const Mask steps = EncodeSteps(NonAsciiUnits(block));
         // Unit k goes to base + k, base moving on a byte past each two-byte code.
         unsigned char* base = c.to;
         unsigned char* at;

@@ -116,8 +116,9 @@ void PrintParseForFile(const std::string& path, const std::string& bytes, int ru
         parse / iconvDecode);
 }
 
-// ParseForFile's steps, each timed apart as ParseForFile runs it: the decoded text goes into a
-// new string, and the parse includes deleting the tree, as in the row above.
+// ParseForFile's steps, timed apart: detecting the encoding (as CheckCodeType does), reading
+// the file, decoding into a new string, line ends, and the parse with the tree's deletion, as in
+// the row above.
 void PrintParseForFileSteps(const std::string& path, int runs) {
     const vx::CVelStr name(path.c_str());
     bool supported = false;

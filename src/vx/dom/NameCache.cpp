@@ -32,15 +32,26 @@ CNameCache::CNameCache(int capacity)
       m_slots(TableSize(capacity), -1),
       m_byAddress(kAddressSlots, -1) {}
 
-CVelStrW CNameCache::Intern(const CVelStrW& text) {
-    if (m_capacity <= 0) return text;
+// Inlined in both callers: every name a parse makes passes here once or twice.
+[[gnu::always_inline]] inline int CNameCache::EntryFor(const CVelStrW& text) {
     // Equal addresses are one shared buffer, so equal texts.
     const int hint = m_byAddress[AddressSlot(text.c_str())];
     if (hint >= 0 && m_entries[hint].text.c_str() == text.c_str()) {
         MakeNewest(hint);
-        return text;
+        return hint;
     }
-    return m_entries[Use(View(text), [&] { return text.OffPages(); })].text;
+    return Use(View(text), [&] { return text.OffPages(); });
+}
+
+CVelStrW CNameCache::Intern(const CVelStrW& text) {
+    if (m_capacity <= 0) return text;
+    return m_entries[EntryFor(text)].text;
+}
+
+void CNameCache::InternInPlace(CVelStrW& text) {
+    if (m_capacity <= 0) return;
+    const CVelStrW& cached = m_entries[EntryFor(text)].text;
+    if (cached.c_str() != text.c_str()) text = cached;
 }
 
 CVelStrW CNameCache::Intern(const char16_t* text, int length) {

@@ -23,6 +23,9 @@ class CNameCache {
     // The same for the units text[0, length), which are copied only when no equal string is
     // cached: a parser interns straight from its source.
     CVelStrW Intern(const char16_t* text, int length);
+    // Intern in place: text becomes the cached string. A node that takes its name this way
+    // costs no count change when the name came from this cache, as it mostly does.
+    void InternInPlace(CVelStrW& text);
 
     int GetCapacity() const noexcept { return m_capacity; }
     int GetSize() const noexcept { return m_size; }
@@ -36,6 +39,8 @@ class CNameCache {
         int older = -1;
     };
 
+    // The entry equal to text, made the most recently used; text is cached when none is.
+    int EntryFor(const CVelStrW& text);
     // The entry holding units, made the most recently used; make() gives the string to cache
     // when there is none.
     template <class MakeString>

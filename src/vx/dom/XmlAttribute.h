@@ -19,6 +19,9 @@ class CXmlAttribute : public CXmlBaseObject {
     // Neither checks its argument's syntax.
     void SetName(const CVelStrW& name);
     void SetValue(const CVelStrW& value);
+    // The same, taking the string over: one from the cache is stored as it is.
+    void SetName(CVelStrW&& name);
+    void SetValue(CVelStrW&& value);
 
   private:
     CVelStrW m_name;

@@ -1,6 +1,8 @@
 #pragma once
 // The character content of an element: ordinary character data, CDATA sections and entity
 // references kept by name.
+#include <utility>
+
 #include "vx/dom/XmlBaseObject.h"
 
 namespace vx {
@@ -11,6 +13,7 @@ class CXmlStoredText : public CXmlTextObject {
   public:
     CVelStrW GetText() const override { return m_text; }
     void SetText(const CVelStrW& text) { m_text = text; }
+    void SetText(CVelStrW&& text) { m_text = std::move(text); }
 
   protected:
     explicit CXmlStoredText(CXmlBaseObject* parent) : CXmlTextObject(parent) {}

@@ -48,6 +48,11 @@ void CXmlElement::SetName(const CVelStrW& name) {
     m_name = ElementNameCache().Intern(name);
 }
 
+void CXmlElement::SetName(CVelStrW&& name) {
+    m_name = std::move(name);
+    ElementNameCache().InternInPlace(m_name);
+}
+
 // A stored attribute's parent is already this element, and assignment keeps it.
 void CXmlElement::SetAtt(const CVelStrW& name, const CXmlAttribute& attribute) {
     CXmlAttribute copy(attribute);

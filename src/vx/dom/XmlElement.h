@@ -40,6 +40,8 @@ class CXmlElement : public CXmlTextObject {
 
     CVelStrW GetName() const { return m_name; }
     void SetName(const CVelStrW& name);
+    // The same, taking name over: a string from the element-name cache is stored as it is.
+    void SetName(CVelStrW&& name);
 
     // Stores a copy of attribute under name (name wins over the attribute's own); an existing
     // attribute of that name keeps its position and takes the new value.

@@ -21,6 +21,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "vx/diag/ParseError.h"
 #include "vx/memory/SmallVector.h"
@@ -192,6 +193,8 @@ class CParseCharData : public CAbstractExpression {
     bool Interpreter(CParse& parser, int start, int& end) override;
     eParseClassType GetClassType() const override { return eParseCharData; }
     CVelStrW GetCharData() const { return m_text; }
+    // The text, left empty here: tree building takes it for the node that replaces this.
+    CVelStrW TakeCharData() noexcept { return std::move(m_text); }
     // The end of the run of character data at start in src (start when there is none).
     static int Scan(const CVelStrW& src, int start);
 
@@ -227,6 +230,7 @@ class CParseCDSect : public CAbstractExpression {
     bool Interpreter(CParse& parser, int start, int& end) override;
     eParseClassType GetClassType() const override { return eParseCDSect; }
     CVelStrW GetCData() const { return m_text; }
+    CVelStrW TakeCData() noexcept { return std::move(m_text); }
 
   private:
     CVelStrW m_text;

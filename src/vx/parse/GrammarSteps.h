@@ -18,10 +18,13 @@
 //   Matched(pos, end)           matched up to pos: end = pos, true
 //   Fail(parser, code, pos)     malformed: code reported at pos, end = pos, false
 // Errors are never taken back: a child's errors stay in the list whatever the caller does.
+#include <memory>
 #include <span>
 #include <utility>
 
 #include "vx/diag/ParseError.h"
+#include "vx/dom/XmlCharData.h"
+#include "vx/dom/XmlListContainer.h"
 #include "vx/parse/Expressions.h"
 #include "vx/parse/Parse.h"
 #include "vx/text/VelStr.h"
@@ -260,6 +263,15 @@ bool CParseAlternative::MatchFirstOf(CParse& parser, int start, int& end) {
     std::uint8_t index = 0;
     (Decides<Items>(parser, start, end, ++index, result) || ...);
     return result;
+}
+
+// ---- tree building ----
+
+// A text node of class Node at the end of target; text is taken over, so that a fresh text
+// costs no count change on its way into the tree.
+template <class Node>
+void AppendText(CXmlListContainer& target, CVelStrW text) {
+    target.PushBack(std::make_unique<Node>(nullptr))->SetText(std::move(text));
 }
 
 }  // namespace vx

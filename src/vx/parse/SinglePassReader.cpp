@@ -1,6 +1,7 @@
 #include "vx/parse/SinglePassReader.h"
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "vx/dom/NameCache.h"
@@ -16,15 +17,6 @@
 namespace vx {
 
 using namespace grammar;
-
-namespace {
-
-template <class Node>
-void AppendText(CXmlListContainer& target, const CVelStrW& text) {
-    target.PushBack(std::make_unique<Node>(nullptr))->SetText(text);
-}
-
-}  // namespace
 
 CSinglePassReader::CSinglePassReader(CParse& parser) : m_parser(parser), m_src(parser.Source()) {}
 
@@ -160,10 +152,10 @@ bool CSinglePassReader::ReadStartTag(int& pos, CXmlElement& element, int& nameEn
     if (!empty && !IsCharAt(m_src, next, u'>')) return false;
     pos = next + (empty ? 2 : 1);
     element.ReserveAtt(static_cast<int>(m_attributes.size()));
-    for (const CPendingAttribute& attribute : m_attributes) {
+    for (CPendingAttribute& attribute : m_attributes) {
         CXmlAttribute& node = element.AppendAtt();
-        node.SetName(attribute.name);
-        node.SetValue(attribute.value);
+        node.SetName(std::move(attribute.name));
+        node.SetValue(std::move(attribute.value));
     }
     return true;
 }
@@ -176,12 +168,11 @@ bool CSinglePassReader::ReadAttribute(int nameStart, int nameEnd, int& pos) {
     next = SkipWhiteSpace(m_src, next);
     const CDelimitedRun literal = MatchQuotedLiteral(m_src, next);
     if (literal.state != CDelimitedRun::eFound) return false;
-    const CVelStrW name =
-        AttributeNameCache().Intern(m_src.c_str() + nameStart, nameEnd - nameStart);
+    CVelStrW name = AttributeNameCache().Intern(m_src.c_str() + nameStart, nameEnd - nameStart);
     if (IsDuplicate(name)) return false;
     CVelStrW value;
     if (!ReadAttValue(literal.first, literal.close, value)) return false;
-    m_attributes.push_back({name, value});
+    m_attributes.push_back({std::move(name), std::move(value)});
     pos = literal.close + 1;
     return true;
 }

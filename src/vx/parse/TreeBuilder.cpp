@@ -16,11 +16,6 @@ using namespace grammar;
 
 namespace {
 
-template <class Node>
-void AppendText(CXmlListContainer& target, const CVelStrW& text) {
-    target.PushBack(std::make_unique<Node>(nullptr))->SetText(text);
-}
-
 // The nodes and the element depth of a content tree.
 struct CTreeSize {
     std::int64_t nodes = 0;
@@ -147,7 +142,7 @@ bool CParse::SetElementContentInfo(CXmlListContainer* target, CParseContent* con
 bool CParse::AppendItem(CXmlListContainer& target, CAbstractExpression& item) {
     switch (item.GetClassType()) {
         case eParseCharData:
-            AppendText<CXmlCData>(target, static_cast<const CParseCharData&>(item).GetCharData());
+            AppendText<CXmlCData>(target, static_cast<CParseCharData&>(item).TakeCharData());
             return true;
         case eParseElement:
             return AppendElement(target, static_cast<CParseElement&>(item));
@@ -157,7 +152,7 @@ bool CParse::AppendItem(CXmlListContainer& target, CAbstractExpression& item) {
         case eParseReference:
             return AppendReference(target, static_cast<const CParseReference&>(item));
         case eParseCDSect:
-            AppendText<CXmlCDSect>(target, static_cast<const CParseCDSect&>(item).GetCData());
+            AppendText<CXmlCDSect>(target, static_cast<CParseCDSect&>(item).TakeCData());
             return true;
         default:
             ThrowUnknown(__LINE__, "不明なクラス");

@@ -42,7 +42,8 @@ bool CParseAttribute::Interpreter(CParse& parser, int start, int& end) {
     CParseName name;
     int pos = start;
     if (!TryMatch(name, parser, pos)) return Absent(start, end);
-    m_name = AttributeNameCache().Intern(name.GetName());
+    m_name = name.TakeName();
+    AttributeNameCache().InternInPlace(m_name);
     pos = SkipWhiteSpace(src, pos);
     if (!AcceptChar(src, pos, u'=')) return Fail(parser, CParseError::eErrNoEq, pos, end);
     pos = SkipWhiteSpace(src, pos);

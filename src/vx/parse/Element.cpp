@@ -26,7 +26,8 @@ bool FailUnclosed(CParse& parser, int pos, int& end) {
 bool MatchTagName(CParse& parser, int& pos, const CVelStrW& open, CVelStrW& name) {
     CParseName match;
     if (!AcceptKeyword(parser.Source(), pos, open) || !TryMatch(match, parser, pos)) return false;
-    name = ElementNameCache().Intern(match.GetName());
+    name = match.TakeName();
+    ElementNameCache().InternInPlace(name);
     return true;
 }
 

@@ -54,6 +54,8 @@ class CParseName : public CAbstractExpression {
     bool Interpreter(CParse& parser, int start, int& end) override;
     eParseClassType GetClassType() const override { return eParseName; }
     CVelStrW GetName() const { return m_name; }
+    // The name, left empty here: for the production that matched this one and keeps its name.
+    CVelStrW TakeName() noexcept { return std::move(m_name); }
 
     static bool IsBaseChar(char16_t ch) { return chars::IsBaseChar(ch); }
     static bool IsDigit(char16_t ch) { return chars::IsDigit(ch); }

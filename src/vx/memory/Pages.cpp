@@ -118,12 +118,10 @@ struct CExitFlush {
     ~CExitFlush() { FlushAll(); }
 };
 
-void CountFree(CPage* page) noexcept {
+// A free on a page other than the last one freed on; out of line, so that the usual case stays
+// a few instructions.
+[[gnu::noinline]] void CountFreeOnOtherPage(CPage* page) noexcept {
     CPendingFrees* pending = t_pages.pending;
-    if (pending[0].page == page) {
-        ++pending[0].objects;
-        return;
-    }
     if (pending[1].page == page) {
         ++pending[1].objects;
         std::swap(pending[0], pending[1]);
@@ -136,6 +134,15 @@ void CountFree(CPage* page) noexcept {
     Flush(pending[1]);
     pending[1] = pending[0];
     pending[0] = CPendingFrees{page, 1};
+}
+
+void CountFree(CPage* page) noexcept {
+    CPendingFrees& last = t_pages.pending[0];
+    if (last.page == page) {
+        ++last.objects;
+    } else {
+        CountFreeOnOtherPage(page);
+    }
 }
 
 void* WithHeader(void* block, CPage* page) {

@@ -148,8 +148,8 @@ TEST(NameCache, ElementNamesAreSharedUntilFinalize) {
 
 // A long pseudo-random run over a few more names than fit, checked against a plain list: the
 // cache hands out the same buffer exactly as long as the list still holds the name. Names come
-// as units, as fresh strings, and as strings the cache handed out before (maybe since dropped);
-// a new string is kept itself, new units are copied.
+// as units, as fresh strings, and as strings the cache handed out before (maybe since dropped),
+// interned or interned in place; a new string is kept itself, new units are copied.
 TEST(NameCache, AgreesWithARecencyListOverManyInterns) {
     constexpr int kCapacity = 7;
     CNameCache cache(kCapacity);
@@ -163,12 +163,17 @@ TEST(NameCache, AgreesWithARecencyListOverManyInterns) {
         const int length = static_cast<int>(text.size());
         const auto earlier = handedOut.find(text);
         CVelStrW given, got;
-        if (i % 3 == 0) {
+        if (i % 4 == 0) {
             got = cache.Intern(text.c_str(), length);
         } else {
-            given =
-                i % 3 == 1 || earlier == handedOut.end() ? CVelStrW(text.c_str()) : earlier->second;
-            got = cache.Intern(given);
+            const bool fresh = i % 4 == 1 || i % 8 == 3 || earlier == handedOut.end();
+            given = fresh ? CVelStrW(text.c_str()) : earlier->second;
+            if (i % 4 == 3) {
+                got = given;
+                cache.InternInPlace(got);
+            } else {
+                got = cache.Intern(given);
+            }
         }
         handedOut[text] = got;
         ASSERT_EQ(std::u16string(got.c_str(), length), text);
@@ -178,7 +183,7 @@ TEST(NameCache, AgreesWithARecencyListOverManyInterns) {
             ASSERT_EQ(got.c_str(), found->second.c_str()) << "intern " << i;
             recent.splice(recent.begin(), recent, found);
         } else {
-            if (i % 3 == 0) {
+            if (i % 4 == 0) {
                 ASSERT_NE(got.c_str(), text.c_str());
             } else {
                 ASSERT_EQ(got.c_str(), given.c_str()) << "intern " << i;

@@ -1,68 +1,31 @@
 // Parsing on several threads at once gives every thread what it would get alone, and documents
 // handed to another thread are read and deleted there.
-#include <algorithm>
-#include <condition_variable>
-#include <deque>
 #include <filesystem>
 #include <functional>
+#include <latch>
 #include <mutex>
 #include <regex>
 #include <thread>
+#include <utility>
 
+#include "CanonicalDump.h"
 #include "ParseTestUtil.h"
 #include "vx/dom/NameCache.h"
-#include "vx/dom/XmlCharData.h"
 
 namespace {
 
 using namespace parsetest;
 
-std::string Utf8(const vx::CVelStrW& text) {
-    return vx::CVelStr(text).c_str();
-}
-
-void DumpNodes(const vx::CXmlListContainer& nodes, std::string& out);
-
-void DumpElement(const vx::CXmlElement& element, std::string& out) {
-    out += "<" + Utf8(element.GetName());
-    for (int i = 0; i < element.GetAttCount(); ++i) {
-        const vx::CXmlAttribute& att = element.GetAttAt(i);
-        out += " " + Utf8(att.GetName()) + "=[" + Utf8(att.GetValue()) + "]";
-    }
-    out += ">";
-    DumpNodes(element.GetChildren(), out);
-    out += "</>";
-}
-
-void DumpNodes(const vx::CXmlListContainer& nodes, std::string& out) {
-    for (int i = 0; i < nodes.GetSize(); ++i) {
-        const vx::CXmlBaseObject& node = *nodes.GetAt(i);
-        out += std::to_string(node.GetClassType()) + ":";
-        if (node.GetClassType() == vx::eXmlElementType) {
-            DumpElement(static_cast<const vx::CXmlElement&>(node), out);
-        } else if (node.GetClassType() == vx::eXmlListContainerType) {
-            DumpNodes(static_cast<const vx::CXmlListContainer&>(node), out);
-        } else {
-            out += "[" + Utf8(static_cast<const vx::CXmlTextObject&>(node).GetText()) + "]";
-        }
-    }
-}
-
 // Everything a host sees of a parse: declaration fields, tree, XML text and diagnostics.
 std::string Dump(const vx::CXmlDocument& doc) {
-    std::string out = Utf8(doc.GetVersion()) + "|" + Utf8(doc.GetEncoding()) + "|" +
-                      Utf8(doc.GetStandard()) + "\n";
-    DumpElement(doc.GetRootElement(), out);
+    std::string out;
+    for (const vx::CVelStrW& field : {doc.GetVersion(), doc.GetEncoding(), doc.GetStandard()})
+        dump::Text(out, field);
+    dump::Element(out, doc.GetRootElement(), 0);
     vx::CVelStringBuffer<vx::CVelStrW> source;
     doc.GetSource(source);
-    out += "\n" + Utf8(source.ToString()) + "\n";
-    const vx::CParseErrorList errors = doc.GetErrList();
-    for (int i = 0; i < errors.GetSize(); ++i) {
-        const vx::CParseError& e = errors.GetAt(i);
-        out += std::to_string(e.GetErrCode()) + "/" + std::to_string(e.GetErrLevel()) + "@" +
-               std::to_string(e.GetLine()) + ":" + std::to_string(e.GetColumn()) + " " +
-               Utf8(e.GetErrMsg()) + "\n";
-    }
+    dump::Text(out, source.ToString());
+    dump::Errors(out, doc.GetErrList());
     return out;
 }
 
@@ -107,48 +70,11 @@ std::vector<Input> Inputs(const TempDir& dir) {
 // The dump of a parse, or the text of the exception it threw.
 std::string Outcome(const Input& input) {
     try {
-        const std::unique_ptr<vx::CXmlDocument> doc(input());
-        return Dump(*doc);
+        return Dump(*Document(input()));
     } catch (const std::exception& e) {
         return std::string("exception: ") + e.what();
     }
 }
-
-// Deletes what it is given on a thread of its own, after checking it.
-class CDeleter {
-  public:
-    using Check = std::function<void(const vx::CXmlDocument&, std::size_t)>;
-    explicit CDeleter(Check check) : m_check(std::move(check)), m_thread([this] { Run(); }) {}
-    ~CDeleter() {
-        Push(nullptr, 0);
-        m_thread.join();
-    }
-    void Push(vx::CXmlDocument* doc, std::size_t input) {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        m_queue.emplace_back(doc, input);
-        m_ready.notify_one();
-    }
-
-  private:
-    void Run() {
-        for (;;) {
-            std::unique_lock<std::mutex> lock(m_mutex);
-            m_ready.wait(lock, [this] { return !m_queue.empty(); });
-            const auto [doc, input] = m_queue.front();
-            m_queue.pop_front();
-            lock.unlock();
-            if (!doc) return;
-            m_check(*doc, input);
-            delete doc;
-        }
-    }
-
-    Check m_check;
-    std::mutex m_mutex;
-    std::condition_variable m_ready;
-    std::deque<std::pair<vx::CXmlDocument*, std::size_t>> m_queue;
-    std::thread m_thread;  // last: starts once the rest is ready
-};
 
 constexpr int kThreads = 8;
 constexpr int kRounds = 12;
@@ -166,14 +92,23 @@ std::vector<std::string> ParseOnThreads(const std::vector<Input>& inputs) {
         std::lock_guard<std::mutex> lock(mutex);
         mismatches.push_back("input " + std::to_string(input) + ":\n" + got);
     };
-    CDeleter deleter([&](const vx::CXmlDocument& doc, std::size_t i) { compare(Dump(doc), i); });
+    // Each thread hands a round's odd documents to a thread of their own, which checks and
+    // deletes them while the next round is parsed.
+    auto checkAndDelete = [&](std::vector<std::pair<Document, std::size_t>> docs) {
+        for (auto& [doc, input] : docs) {
+            compare(Dump(*doc), input);
+            doc.reset();
+        }
+    };
     std::vector<std::thread> threads;
     for (int t = 0; t < kThreads; ++t) {
         threads.emplace_back([&, t] {
+            std::thread deleter;
             for (int round = 0; round < kRounds; ++round) {
+                std::vector<std::pair<Document, std::size_t>> handed;
                 for (std::size_t k = 0; k < inputs.size(); ++k) {
                     const std::size_t i = (k + t) % inputs.size();
-                    std::unique_ptr<vx::CXmlDocument> doc;
+                    Document doc;
                     try {
                         doc.reset(inputs[i]());
                     } catch (const std::exception& e) {
@@ -181,12 +116,15 @@ std::vector<std::string> ParseOnThreads(const std::vector<Input>& inputs) {
                         continue;
                     }
                     if ((i + t + round) % 2) {
-                        deleter.Push(doc.release(), i);
+                        handed.emplace_back(std::move(doc), i);
                     } else {
                         compare(Dump(*doc), i);
                     }
                 }
+                if (deleter.joinable()) deleter.join();
+                deleter = std::thread(checkAndDelete, std::move(handed));
             }
+            deleter.join();
         });
     }
     for (std::thread& thread : threads)
@@ -218,42 +156,34 @@ TEST(Threads, EveryThreadGetsTheSingleThreadResult) {
     EXPECT_GE(scopes, 2 * kThreads * kRounds * static_cast<int>(inputs.size()));
 }
 
-// Each thread's name cache behaves as if the thread were alone: interning on one thread neither
-// evicts nor shares the strings of another. Finalize releases the caches of a thread that is
-// still running, and that thread's next intern starts a new cache.
+// A thread's name caches are its own: interning on one thread neither shares nor evicts the
+// strings of another. Finalize releases the caches of a thread that is still running, whose
+// next parse starts new ones.
 TEST(Threads, NameCachesArePerThreadAndFinalizeReleasesThem) {
-    const char16_t* first = vx::ElementNameCache().Intern(vx::CVelStrW(u"name")).c_str();
-    std::mutex mutex;
-    std::condition_variable cv;
-    int step = 0;
-    auto waitFor = [&](int wanted) {
-        std::unique_lock<std::mutex> lock(mutex);
-        cv.wait(lock, [&] { return step == wanted; });
+    auto intern = [] { return vx::ElementNameCache().Intern(vx::CVelStrW(u"name")).c_str(); };
+    auto parse = [] {
+        return Outcome([] { return vx::CParse::ParseForBuf(Wide(u"<a b='c'>d</a>")); });
     };
-    auto advance = [&] {
-        std::lock_guard<std::mutex> lock(mutex);
-        ++step;
-        cv.notify_all();
-    };
-    const char16_t* other = nullptr;
+    const char16_t* mine = intern();
+    const char16_t* theirs = nullptr;
     std::string before, after;
+    std::latch filled(1), finalized(1);
     std::thread worker([&] {
-        other = vx::ElementNameCache().Intern(vx::CVelStrW(u"name")).c_str();
-        for (int i = 0; i < 500; ++i)  // more than the capacity: this thread's "name" goes
+        theirs = intern();
+        for (int i = 0; i < 500; ++i)  // past the capacity: this thread's "name" goes
             vx::ElementNameCache().Intern(vx::CVelStrW(std::to_string(i).c_str()));
-        before = Outcome([] { return vx::CParse::ParseForBuf(Wide(u"<a b='c'>d</a>")); });
-        advance();
-        waitFor(2);
-        after = Outcome([] { return vx::CParse::ParseForBuf(Wide(u"<a b='c'>d</a>")); });
+        before = parse();
+        filled.count_down();
+        finalized.wait();
+        after = parse();
     });
-    waitFor(1);
-    EXPECT_NE(other, first);
-    EXPECT_EQ(vx::ElementNameCache().Intern(vx::CVelStrW(u"name")).c_str(), first);
-    vx::Finalize();  // the worker is alive, its caches are released
-    advance();
+    filled.wait();
+    EXPECT_NE(theirs, mine);
+    EXPECT_EQ(intern(), mine);
+    vx::Finalize();
+    finalized.count_down();
     worker.join();
     EXPECT_EQ(after, before);
-    EXPECT_EQ(vx::ElementNameCache().Intern(vx::CVelStrW(u"name")).GetLength(), 4);
 }
 
 }  // namespace

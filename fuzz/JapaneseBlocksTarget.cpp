@@ -1,4 +1,5 @@
-// The block converters of Shift_JIS and EUC-JP against the per-character ones: the input is
+// The block converters of Shift_JIS and EUC-JP, at each level the processor runs, against the
+// per-character ones: the input is
 // decoded from each Japanese encoding and, read as UTF-16LE, encoded to each, both ways; the
 // results (bytes, size, failure) must be the same, also into a buffer one byte too small.
 #include <cstdint>
@@ -29,12 +30,16 @@ struct Conversion {
     }
 
     void CheckPathsAgree() const {
-        vcc::detail::UseBlockConverters(false);
+        using vcc::detail::BlockLevel;
+        vcc::detail::UseBlockConverters(BlockLevel::kNone);
         const auto whole = Run();
         const int tight = whole ? static_cast<int>(whole->size()) - 1 : 0;
         const auto cut = tight > 0 ? Run(tight) : std::nullopt;
-        vcc::detail::UseBlockConverters(true);
-        if (Run() != whole || (tight > 0 && Run(tight) != cut)) std::abort();
+        for (BlockLevel level = BlockLevel::kSse2; level <= vcc::detail::BestBlockLevel();
+             level = static_cast<BlockLevel>(static_cast<int>(level) + 1)) {
+            vcc::detail::UseBlockConverters(level);
+            if (Run() != whole || (tight > 0 && Run(tight) != cut)) std::abort();
+        }
     }
 };
 

@@ -15,17 +15,22 @@ using namespace vcc;
 using platform_test::Convert;
 using platform_test::Wide;
 
-// The result of the block converters, after checking it against the per-character ones.
+// The result of the per-character converters, after checking the block ones of every level this
+// processor runs against it.
 std::optional<std::string> ConvertBothWays(const std::string& src, eCodeType from, eCodeType to,
                                            std::optional<int> capacity = std::nullopt) {
-    detail::UseBlockConverters(false);
+    using detail::BlockLevel;
+    detail::UseBlockConverters(BlockLevel::kNone);
     const auto reference = Convert(src, from, to, capacity);
-    detail::UseBlockConverters(true);
-    const auto blocks = Convert(src, from, to, capacity);
-    // Not EXPECT_EQ: the texts run to kilobytes.
-    EXPECT_TRUE(blocks == reference)
-        << "from " << from << " to " << to << ", " << src.size() << " bytes";
-    return blocks;
+    for (BlockLevel level = BlockLevel::kSse2; level <= detail::BestBlockLevel();
+         level = static_cast<BlockLevel>(static_cast<int>(level) + 1)) {
+        detail::UseBlockConverters(level);
+        // Not EXPECT_EQ: the texts run to kilobytes.
+        EXPECT_TRUE(Convert(src, from, to, capacity) == reference)
+            << "level " << static_cast<int>(level) << " from " << from << " to " << to << ", "
+            << src.size() << " bytes";
+    }
+    return reference;
 }
 
 // Records like the benchmark's: short runs of ASCII and Japanese, with runs longer than a block

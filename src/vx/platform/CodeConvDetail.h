@@ -70,16 +70,20 @@ struct BlockDecoder {
     const char16_t* units;   // [next byte << 8 | lead]: the character the two bytes start
     ByteRange pairLeads[2];  // the bytes that start characters of more than one byte
 };
-void DecodeBlocks(const BlockDecoder& decoder, const unsigned char* src, std::size_t length,
-                  std::size_t& i, Output& out);
+// The block loops of each instruction set; kNone leaves everything to the per-character ones.
+enum class BlockLevel { kNone, kSse2, kAvx2 };
+BlockLevel BestBlockLevel();  // the widest this processor runs
+void DecodeBlocks(BlockLevel level, const BlockDecoder& decoder, const unsigned char* src,
+                  std::size_t length, std::size_t& i, Output& out);
 
 // bytes[unit]: the code's bytes, the first in the low half; a trail byte is never 0.
-void EncodeBlocks(const std::uint16_t* bytes, const unsigned char* src, std::size_t length,
-                  std::size_t& i, Output& out);
+void EncodeBlocks(BlockLevel level, const std::uint16_t* bytes, const unsigned char* src,
+                  std::size_t length, std::size_t& i, Output& out);
 
 // Japanese.cpp
-// Tests and fuzz targets select the per-character converters, which the fast loops must match.
-void UseBlockConverters(bool use);
+// Tests and fuzz targets select each level up to BestBlockLevel() (a higher one is taken as
+// it), to hold the block loops to the per-character converters.
+void UseBlockConverters(BlockLevel level);
 
 bool DecodeCp932(const unsigned char* src, std::size_t length, Output& out);
 bool EncodeCp932(const unsigned char* src, std::size_t length, Output& out);

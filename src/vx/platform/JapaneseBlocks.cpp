@@ -1,8 +1,9 @@
 // Shift_JIS and EUC-JP 64 bytes (or units) at a time. Japanese text alternates short runs of
 // ASCII with short runs of kanji, so a loop that switches between an ASCII path and a table path
-// mispredicts at every switch. These loops have no such branch: SSE2 finds a block's other
-// characters, and each is looked up and stored where it belongs, followed by the next sixteen
-// bytes widened (or narrowed) as if they were ASCII; the next character overwrites what is not.
+// mispredicts at every switch. These loops have no such branch: vector compares find a block's
+// other characters, each is looked up, and the ASCII around them is copied without testing it.
+// Processors with AVX2 (chosen at run time; the rest of the library needs no such flag) take
+// loops that pack the block with shuffles; the others take SSE2 ones.
 #if defined(__SSE2__)
 #include <immintrin.h>
 #endif
@@ -152,6 +153,8 @@ void Stop(std::size_t at, const unsigned char* end, std::size_t& next, Output& o
     out.size = static_cast<std::size_t>(end - out.data);
 }
 
+// Each other character is stored where it belongs, followed by the next sixteen bytes widened
+// (or narrowed) as if they were ASCII; the next character overwrites what is not.
 void DecodeBlocksSse2(const BlockDecoder& decoder, const unsigned char* src, std::size_t length,
                       std::size_t& next, Output& out) {
     const LeadTest leadTest(decoder.pairLeads);
@@ -293,7 +296,7 @@ VX_AVX2 Mask MaskOf32(__m256i low, __m256i high) {
            Mask{static_cast<std::uint32_t>(_mm256_movemask_epi8(high))} << 32;
 }
 
-// The bytes of `bytes` in [first, first + span].
+// Marks the bytes in the range.
 VX_AVX2 __m256i InRange(__m256i bytes, const ByteRange& range) {
     const __m256i offset = _mm256_sub_epi8(bytes, _mm256_set1_epi8(static_cast<char>(range.first)));
     const __m256i span = _mm256_set1_epi8(static_cast<char>(range.last - range.first));

@@ -1,7 +1,7 @@
 // The block converters of Shift_JIS and EUC-JP, at each level the processor runs, against the
-// per-character ones: the input is
-// decoded from each Japanese encoding and, read as UTF-16LE, encoded to each, both ways; the
-// results (bytes, size, failure) must be the same, also into a buffer one byte too small.
+// per-character ones: the input is decoded from each Japanese encoding and, read as UTF-16LE,
+// encoded to each; the results (bytes, size, failure) must be the same, also into a buffer one
+// byte too small.
 #include <cstdint>
 #include <cstdlib>
 #include <optional>

@@ -327,7 +327,7 @@ VX_AVX2 void DecodeBlocksAvx2(const BlockDecoder& decoder, const unsigned char* 
     const char16_t* const units = decoder.units;
     Entries entries;
     Cursor c{src, length, out, next, out.End()};
-    while (c.Fits(kBlock + 1, 2 * kBlock)) {
+    while (c.Fits(kBlock + 1, 2 * kBlock)) {  // the last byte's trail may be read
         const unsigned char* const block = c.Block();
         const __m256i low = Load32(block), high = Load32(block + 32);
         const Mask leads =

@@ -386,8 +386,8 @@ VX_AVX2 void EncodeBlocksAvx2(const std::uint16_t* codes, const unsigned char* s
 BlockLevel BestBlockLevel() {
     static const BlockLevel best = [] {
         __builtin_cpu_init();
-        const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi2") &&
-                          __builtin_cpu_supports("popcnt");
+        const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("bmi") &&
+                          __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("popcnt");
         return avx2 ? BlockLevel::kAvx2 : BlockLevel::kSse2;
     }();
     return best;

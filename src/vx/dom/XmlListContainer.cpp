@@ -6,6 +6,7 @@
 #include "vx/dom/XmlCharData.h"
 #include "vx/dom/XmlDocument.h"
 #include "vx/dom/XmlElement.h"
+#include "vx/memory/Counts.h"
 #include "vx/platform/Logger.h"
 
 namespace vx {
@@ -217,6 +218,14 @@ CXmlEntity* CXmlListContainer::PushBack(const CXmlEntity& node) {
 }
 CXmlElement* CXmlListContainer::PushBack(const CXmlElement& node) {
     return InsertCopy(node, GetSize());
+}
+
+void CXmlListContainer::Adopt(CXmlBaseObject* const* nodes, int count) {
+    m_list.Reserve(vel::CheckedCount(std::int64_t{GetSize()} + count));
+    for (int i = 0; i < count; ++i) {
+        m_list.PushBack(nodes[i]);
+        nodes[i]->SetParent(this);
+    }
 }
 
 void CXmlListContainer::PushBack(const CXmlListContainer& other) {

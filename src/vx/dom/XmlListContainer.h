@@ -65,6 +65,9 @@ class CXmlListContainer : public CXmlBaseObject {
         node->SetParent(this);
         return node.release();
     }
+    // Appends nodes[0, count) themselves and parents them, as the form above does: all of
+    // them, or none when the list cannot grow (an exception; the caller keeps them).
+    void Adopt(CXmlBaseObject* const* nodes, int count);
     // Room for count children in all: a builder that knows how many come allocates once.
     void Reserve(int count) { m_list.Reserve(count); }
 

@@ -25,7 +25,15 @@ CSinglePassReader::eResult CSinglePassReader::ReadElement(int start, int& end,
     const std::int64_t expansion = m_parser.m_expansion;
     const int level = m_parser.m_depth;
     int stop = start;
-    if (Read(start, end, element, stop)) return eRead;
+    bool read = false;
+    try {
+        read = Read(start, end, element, stop);
+        AdoptAllChildren();
+    } catch (...) {
+        DeleteChildren();
+        throw;
+    }
+    if (read) return eRead;
     if (m_open.empty()) {
         Discard(element);
         m_parser.m_expansion = expansion;
@@ -52,7 +60,7 @@ bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root, int& stop) {
     while (true) {
         // pos is at the "<" of element's start tag. The nesting limit is the productions' to
         // raise, at the same depth.
-        COpenElement tag{element, pos, pos + 1, pos + 1};
+        COpenElement tag{element, pos, pos + 1, pos + 1, m_children.size()};
         const std::int64_t expansion = m_parser.m_expansion;
         bool empty = false;
         if (!ReadStartTag(pos, *element, tag.nameEnd, empty) ||
@@ -60,8 +68,8 @@ bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root, int& stop) {
             // The productions read the tag again, and charge its references again.
             m_parser.m_expansion = expansion;
             if (!m_open.empty()) {
-                CXmlListContainer& siblings = m_open.back().element->GetChildren();
-                siblings.Erase(siblings.GetSize() - 1);
+                delete m_children.back();
+                m_children.pop_back();
             }
             stop = tag.tagStart;
             return false;
@@ -73,29 +81,60 @@ bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root, int& stop) {
                 end = pos;
                 return true;
             }
-            CXmlListContainer& children = m_open.back().element->GetChildren();
             const int textEnd = CParseCharData::Scan(m_src, pos);
             if (textEnd > pos) {
-                AppendText<CXmlCData>(children,
-                                      m_parser.Texts().Get(m_src.c_str() + pos, textEnd - pos));
+                AppendText<CXmlCData>(m_parser.Texts().Get(m_src.c_str() + pos, textEnd - pos));
                 pos = textEnd;
             }
             stop = pos;
             if (pos + 1 >= length) return false;
             if (m_src[pos] == u'&') {
-                if (!ReadReference(pos, children)) return false;
+                if (!ReadReference(pos)) return false;
             } else if (m_src[pos] != u'<') {
                 return false;  // "]]>" ends the content where no end tag stands
             } else if (m_src[pos + 1] == u'/') {
                 if (!ReadEndTag(pos, m_open.back().nameStart, m_open.back().nameEnd)) return false;
+                AdoptChildren(m_open.back());
                 m_open.pop_back();
             } else if (m_src[pos + 1] == u'!' || m_src[pos + 1] == u'?') {
-                if (!ReadMarkup(pos, children)) return false;
+                if (!ReadMarkup(pos)) return false;
             } else {
-                element = children.PushBack(std::make_unique<CXmlElement>(nullptr));
+                element = AppendChild<CXmlElement>();
             }
         }
     }
+}
+
+template <class Node>
+Node* CSinglePassReader::AppendChild() {
+    // The slot first: a node is never out of m_children, which owns it until it is adopted.
+    m_children.push_back(nullptr);
+    auto* node = new Node(nullptr);
+    m_children.back() = node;
+    return node;
+}
+
+template <class Node>
+void CSinglePassReader::AppendText(const CVelStrW& text) {
+    AppendChild<Node>()->SetText(text);
+}
+
+void CSinglePassReader::AdoptChildren(const COpenElement& open) {
+    const std::size_t count = m_children.size() - open.firstChild;
+    open.element->GetChildren().Adopt(m_children.data() + open.firstChild, static_cast<int>(count));
+    m_children.resize(open.firstChild);
+}
+
+// The elements stay open: the productions read the rest of their content.
+void CSinglePassReader::AdoptAllChildren() {
+    for (auto open = m_open.rbegin(); open != m_open.rend(); ++open)
+        AdoptChildren(*open);
+}
+
+void CSinglePassReader::DeleteChildren() noexcept {
+    for (CXmlBaseObject* node : m_children)
+        delete node;
+    m_children.clear();
 }
 
 // The productions go on from pos, where the reader stopped, as they would have: the rest of
@@ -240,13 +279,13 @@ bool CSinglePassReader::ReadEndTag(int& pos, int nameStart, int nameEnd) {
 
 // CDATA sections become nodes; comments and PIs inside elements are dropped, as the tree
 // builder drops them.
-bool CSinglePassReader::ReadMarkup(int& pos, CXmlListContainer& children) {
+bool CSinglePassReader::ReadMarkup(int& pos) {
     const CKeywords& keywords = Keywords();
     if (m_src.MatchAt(pos, keywords.cdataOpen)) {
         const int first = pos + keywords.cdataOpen.GetLength();
         const int close = m_src.Pos(keywords.cdataClose, first);
         if (close < 0) return false;
-        AppendText<CXmlCDSect>(children, m_src.SubStr(first, close - first));
+        AppendText<CXmlCDSect>(m_src.SubStr(first, close - first));
         pos = close + keywords.cdataClose.GetLength();
         return true;
     }
@@ -265,18 +304,18 @@ bool CSinglePassReader::ReadMarkup(int& pos, CXmlListContainer& children) {
 }
 
 // One text node per reference, as the tree builder makes it.
-bool CSinglePassReader::ReadReference(int& pos, CXmlListContainer& children) {
+bool CSinglePassReader::ReadReference(int& pos) {
     CReference reference;
     if (!MatchReference(pos, reference)) return false;
     switch (reference.kind) {
         case CReference::eCharacter:
-            AppendText<CXmlCData>(children, m_parser.Texts().Get(&reference.unit, reference.units));
+            AppendText<CXmlCData>(m_parser.Texts().Get(&reference.unit, reference.units));
             break;
         case CReference::ePredefined:
-            AppendText<CXmlCData>(children, *reference.predefined);
+            AppendText<CXmlCData>(*reference.predefined);
             break;
         case CReference::eInternal:
-            AppendText<CXmlCData>(children, m_parser.GetDtd()->getInternalGE(reference.name));
+            AppendText<CXmlCData>(m_parser.GetDtd()->getInternalGE(reference.name));
             break;
     }
     pos = reference.end;

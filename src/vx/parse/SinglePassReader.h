@@ -4,6 +4,7 @@
 // and builds what they would build. At anything else (a construct that could be reported,
 // external entities, nesting at the limit) it stops and the productions read the rest of the
 // element as they would have, from there; at the root's own start tag, all of it.
+#include <cstddef>
 #include <cstdint>
 #include <unordered_set>
 #include <vector>
@@ -13,6 +14,7 @@
 namespace vx {
 
 class CParse;
+class CXmlBaseObject;
 class CXmlElement;
 class CXmlListContainer;
 
@@ -49,15 +51,27 @@ class CSinglePassReader {
         CVelStrW value;
     };
 
-    // An element whose content is being read, with where its start tag and name stand.
+    // An element whose content is being read, with where its start tag and name stand and
+    // where its children begin in m_children.
     struct COpenElement {
         CXmlElement* element;
         int tagStart;
         int nameStart;
         int nameEnd;
+        std::size_t firstChild;
     };
 
     bool Read(int pos, int& end, CXmlElement& root, int& stop);
+    // A new child of the innermost open element, kept in m_children until the element closes.
+    template <class Node>
+    Node* AppendChild();
+    template <class Node>
+    void AppendText(const CVelStrW& text);
+    // Gives open its children from m_children, in one block of the right size.
+    void AdoptChildren(const COpenElement& open);
+    // Gives every open element the children read so far.
+    void AdoptAllChildren();
+    void DeleteChildren() noexcept;
     bool HandOver(int pos, int& end, int level);
     // "<" Name (S Attribute)* S? and ">" or "/>", from pos at the "<" to after the tag;
     // nameEnd is where the name ends.
@@ -68,14 +82,17 @@ class CSinglePassReader {
     // "</" Name S? ">" closing the element whose name stands at source[nameStart, nameEnd).
     bool ReadEndTag(int& pos, int nameStart, int nameEnd);
     // Anything at pos ("<" there) other than a tag: CDATA section, comment or PI.
-    bool ReadMarkup(int& pos, CXmlListContainer& children);
-    bool ReadReference(int& pos, CXmlListContainer& children);
+    bool ReadMarkup(int& pos);
+    bool ReadReference(int& pos);
     bool MatchReference(int pos, CReference& reference);
     bool MatchEntityRef(int pos, CReference& reference);
 
     CParse& m_parser;
     const CVelStrW& m_src;
     std::vector<COpenElement> m_open;
+    // The children of the open elements, outermost first. A list that grew child by child
+    // would leave every block it outgrew on the pages until the document goes.
+    std::vector<CXmlBaseObject*> m_children;
     std::vector<CPendingAttribute> m_attributes;  // of the tag being read
     std::unordered_set<CVelStrW> m_seenNames;     // of a tag with many attributes
 };

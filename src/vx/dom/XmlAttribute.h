@@ -24,6 +24,10 @@ class CXmlAttribute : public CXmlBaseObject {
     void SetValue(CVelStrW&& value);
 
   private:
+    // The single-pass reader stores the name and value it has interned itself, without the
+    // setters interning them again.
+    friend class CSinglePassReader;
+
     CVelStrW m_name;
     CVelStrW m_value;
 };

@@ -176,7 +176,7 @@ bool CSinglePassReader::ReadStartTag(int& pos, CXmlElement& element, int& nameEn
     const int nameStart = pos + 1;
     nameEnd = CParseName::Scan(m_src, nameStart);
     if (nameEnd == nameStart) return false;
-    element.SetName(ElementNameCache().Intern(m_src.c_str() + nameStart, nameEnd - nameStart));
+    element.m_name = ElementNameCache().Intern(m_src.c_str() + nameStart, nameEnd - nameStart);
     m_attributes.clear();
     int next = nameEnd;
     while (true) {
@@ -193,8 +193,8 @@ bool CSinglePassReader::ReadStartTag(int& pos, CXmlElement& element, int& nameEn
     element.ReserveAtt(static_cast<int>(m_attributes.size()));
     for (CPendingAttribute& attribute : m_attributes) {
         CXmlAttribute& node = element.AppendAtt();
-        node.SetName(std::move(attribute.name));
-        node.SetValue(std::move(attribute.value));
+        node.m_name = std::move(attribute.name);
+        node.m_value = std::move(attribute.value);
     }
     return true;
 }

@@ -38,6 +38,9 @@ const CKeywords& Keywords() {
 }
 
 const CVelStrW* FindPredefinedEntity(const CVelStrW& text, int first, int last) {
+    // Looked up for every reference: names of other lengths than "lt" to "quot" go at once.
+    const int length = last - first;
+    if (length < 2 || length > 4) return nullptr;
     const CKeywords& keywords = Keywords();
     const std::pair<const CVelStrW*, const CVelStrW*> predefined[] = {
         {&keywords.amp, &keywords.ampText},   {&keywords.lt, &keywords.ltText},
@@ -45,7 +48,10 @@ const CVelStrW* FindPredefinedEntity(const CVelStrW& text, int first, int last) 
         {&keywords.apos, &keywords.aposText},
     };
     for (const auto& [name, replacement] : predefined) {
-        if (last - first == name->GetLength() && text.MatchAt(first, *name)) return replacement;
+        if (length == name->GetLength() && text[first] == (*name)[0] &&
+            text.MatchAt(first, *name)) {
+            return replacement;
+        }
     }
     return nullptr;
 }

@@ -11,8 +11,8 @@
 #include "vx/parse/Expressions.h"
 #include "vx/parse/GrammarSteps.h"
 #include "vx/parse/Parse.h"
-#include "vx/parse/ReferenceExpansion.h"
 #include "vx/platform/Package.h"
+#include "vx/text/CommonFunc.h"
 
 namespace vx {
 
@@ -235,32 +235,49 @@ bool CSinglePassReader::IsDuplicate(const CVelStrW& name) {
     return !m_seenNames.insert(name).second;
 }
 
-// source[first, close) between the quotes; each internal entity's text is charged against the
-// parse's allowance as the productions charge it.
+// source[first, close) between the quotes, expanded as the productions expand it while the
+// references are matched; each internal entity's text is charged against the parse's allowance
+// as the productions charge it.
 bool CSinglePassReader::ReadAttValue(int first, int close, CVelStrW& value) {
-    bool sawReference = false;
-    for (int pos = first;;) {
-        pos = FindUnit(m_src.c_str(), pos, close, u'<', u'&', u'&');
-        if (pos == close) break;
+    const char16_t* units = m_src.c_str();
+    int run = first;  // start of the ordinary characters not yet appended
+    m_value.clear();
+    for (int pos = FindUnit(units, first, close, u'<', u'&', u'&'); pos < close;
+         pos = FindUnit(units, run, close, u'<', u'&', u'&')) {
         CReference reference;
-        if (m_src[pos] == u'<' || !MatchReference(pos, reference)) return false;
-        const int copied = reference.kind == CReference::eInternal
-                               ? m_parser.GetDtd()->getInternalGE(reference.name).GetLength()
-                               : 0;
-        if (!m_parser.ChargeExpansion(copied)) return false;
-        sawReference = true;
-        pos = reference.end;
+        if (units[pos] == u'<' || !MatchReference(pos, reference)) return false;
+        m_value.append(units + run, units + pos);
+        if (!AppendReplacement(pos, reference)) return false;
+        run = reference.end;
     }
-    if (!sawReference) {
-        value = AttributeValueCache().Intern(m_src.c_str() + first, close - first);
+    if (run == first) {
+        value = AttributeValueCache().Intern(units + first, close - first);
         return true;
     }
-    // Built on the heap: the cache keeps it, or it goes at once.
-    vel::CHeapScope heap;
-    CVelStrW expanded;
-    // Every reference was checked above, so the expansion cannot fail (nor log).
-    ConvertReferenceForString(expanded, m_src.SubStr(first, close - first), m_parser.GetDtd());
-    value = AttributeValueCache().Intern(expanded);
+    m_value.append(units + run, units + close);
+    value = AttributeValueCache().Intern(m_value.data(), static_cast<int>(m_value.size()));
+    return true;
+}
+
+// A character reference in a value goes through the conversion that wraps and refuses, not
+// the grammar's saturating one, as in the productions.
+bool CSinglePassReader::AppendReplacement(int pos, const CReference& reference) {
+    CVelStrW text;
+    switch (reference.kind) {
+        case CReference::eCharacter:
+            text = ConvertNumToChar(m_src, pos + 2, reference.end - 2);
+            break;
+        case CReference::ePredefined:
+            text = *reference.predefined;
+            break;
+        case CReference::eInternal:
+            text = m_parser.GetDtd()->getInternalGE(reference.name);
+            break;
+    }
+    if (!m_parser.ChargeExpansion(reference.kind == CReference::eInternal ? text.GetLength() : 0)) {
+        return false;
+    }
+    m_value.append(text.c_str(), text.c_str() + text.GetLength());
     return true;
 }
 

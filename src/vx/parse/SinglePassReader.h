@@ -6,6 +6,7 @@
 // element as they would have, from there; at the root's own start tag, all of it.
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <unordered_set>
 #include <vector>
 
@@ -78,6 +79,7 @@ class CSinglePassReader {
     bool ReadStartTag(int& pos, CXmlElement& element, int& nameEnd, bool& empty);
     bool ReadAttribute(int nameStart, int nameEnd, int& pos);
     bool ReadAttValue(int first, int close, CVelStrW& value);
+    bool AppendReplacement(int pos, const CReference& reference);
     bool IsDuplicate(const CVelStrW& name);
     // "</" Name S? ">" closing the element whose name stands at source[nameStart, nameEnd).
     bool ReadEndTag(int& pos, int nameStart, int nameEnd);
@@ -95,6 +97,7 @@ class CSinglePassReader {
     std::vector<CXmlBaseObject*> m_children;
     std::vector<CPendingAttribute> m_attributes;  // of the tag being read
     std::unordered_set<CVelStrW> m_seenNames;     // of a tag with many attributes
+    std::u16string m_value;                       // an attribute value being expanded
 };
 
 }  // namespace vx

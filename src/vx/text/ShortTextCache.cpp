@@ -1,14 +1,14 @@
 #include "vx/text/ShortTextCache.h"
 
-#include <cstring>
+#include <algorithm>
 
 namespace vx {
 
 namespace {
 
+// Texts this short compare faster in a loop than through a call of memcmp.
 bool Holds(const CVelStrW& slot, const char16_t* units, int length) {
-    return slot.GetLength() == length &&
-           std::memcmp(slot.c_str(), units, length * sizeof(char16_t)) == 0;
+    return slot.GetLength() == length && std::equal(units, units + length, slot.c_str());
 }
 
 }  // namespace

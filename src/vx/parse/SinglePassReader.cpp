@@ -81,7 +81,9 @@ bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root, int& stop) {
                 end = pos;
                 return true;
             }
-            const int textEnd = CParseCharData::Scan(m_src, pos);
+            // Markup and references often follow one another with no text between.
+            const bool noText = pos < length && (m_src[pos] == u'<' || m_src[pos] == u'&');
+            const int textEnd = noText ? pos : CParseCharData::Scan(m_src, pos);
             if (textEnd > pos) {
                 AppendText<CXmlCData>(m_parser.Texts().Get(m_src.c_str() + pos, textEnd - pos));
                 pos = textEnd;
@@ -262,18 +264,9 @@ bool CSinglePassReader::ReadAttValue(int first, int close, CVelStrW& value) {
 // A character reference in a value goes through the conversion that wraps and refuses, not
 // the grammar's saturating one, as in the productions.
 bool CSinglePassReader::AppendReplacement(int pos, const CReference& reference) {
-    CVelStrW text;
-    switch (reference.kind) {
-        case CReference::eCharacter:
-            text = ConvertNumToChar(m_src, pos + 2, reference.end - 2);
-            break;
-        case CReference::ePredefined:
-            text = *reference.predefined;
-            break;
-        case CReference::eInternal:
-            text = m_parser.GetDtd()->getInternalGE(reference.name);
-            break;
-    }
+    const CVelStrW text = reference.kind == CReference::eCharacter
+                              ? ConvertNumToChar(m_src, pos + 2, reference.end - 2)
+                              : reference.text;
     if (!m_parser.ChargeExpansion(reference.kind == CReference::eInternal ? text.GetLength() : 0)) {
         return false;
     }
@@ -324,17 +317,9 @@ bool CSinglePassReader::ReadMarkup(int& pos) {
 bool CSinglePassReader::ReadReference(int& pos) {
     CReference reference;
     if (!MatchReference(pos, reference)) return false;
-    switch (reference.kind) {
-        case CReference::eCharacter:
-            AppendText<CXmlCData>(m_parser.Texts().Get(&reference.unit, reference.units));
-            break;
-        case CReference::ePredefined:
-            AppendText<CXmlCData>(*reference.predefined);
-            break;
-        case CReference::eInternal:
-            AppendText<CXmlCData>(m_parser.GetDtd()->getInternalGE(reference.name));
-            break;
-    }
+    AppendText<CXmlCData>(reference.kind == CReference::eCharacter
+                              ? m_parser.Texts().Get(&reference.unit, reference.units)
+                              : reference.text);
     pos = reference.end;
     return true;
 }
@@ -359,14 +344,34 @@ bool CSinglePassReader::MatchEntityRef(int pos, CReference& reference) {
     const int last = CParseName::Scan(m_src, first);
     if (last == first || !IsCharAt(m_src, last, u';')) return false;
     reference.end = last + 1;
-    reference.predefined = FindPredefinedEntity(m_src, first, last);
-    if (reference.predefined) {
+    if (const CVelStrW* predefined = FindPredefinedEntity(m_src, first, last)) {
         reference.kind = CReference::ePredefined;
+        reference.text = *predefined;
         return true;
     }
     reference.kind = CReference::eInternal;
-    reference.name = NameCache().Intern(m_src.c_str() + first, last - first);
-    return m_parser.GetDtd()->hasInternalGE(reference.name);
+    return FindInternalEntity(first, last, reference.text);
+}
+
+// The DTD is complete before the root element begins, and a document uses few entities over
+// and over: the first few found are kept, so that a reference is one comparison of names.
+bool CSinglePassReader::FindInternalEntity(int first, int last, CVelStrW& text) {
+    constexpr std::size_t kKept = 16;
+    const char16_t* name = m_src.c_str() + first;
+    const int length = last - first;
+    for (const CKnownEntity& known : m_entities) {
+        if (known.name.GetLength() == length &&
+            std::equal(name, name + length, known.name.c_str())) {
+            text = known.text;
+            return true;
+        }
+    }
+    const CVelStrW key(name, length);
+    const CXmlDtd& dtd = *m_parser.GetDtd();
+    if (!dtd.hasInternalGE(key)) return false;
+    text = dtd.getInternalGE(key);
+    if (m_entities.size() < kKept) m_entities.push_back({key, text});
+    return true;
 }
 
 }  // namespace vx

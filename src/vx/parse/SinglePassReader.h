@@ -39,11 +39,16 @@ class CSinglePassReader {
     struct CReference {
         enum eKind { eCharacter, ePredefined, eInternal };
         eKind kind = eCharacter;
-        int end = 0;                           // after the ";"
-        char16_t unit = 0;                     // eCharacter: the character, when units is 1
-        int units = 0;                         // eCharacter: 0 for the character 0, else 1
-        const CVelStrW* predefined = nullptr;  // ePredefined
-        CVelStrW name;                         // eInternal
+        int end = 0;        // after the ";"
+        char16_t unit = 0;  // eCharacter: the character, when units is 1
+        int units = 0;      // eCharacter: 0 for the character 0, else 1
+        CVelStrW text;      // ePredefined, eInternal: the replacement
+    };
+
+    // An internal entity the document has used.
+    struct CKnownEntity {
+        CVelStrW name;
+        CVelStrW text;
     };
 
     // An attribute read, before its element takes the tag's attributes at once.
@@ -88,6 +93,7 @@ class CSinglePassReader {
     bool ReadReference(int& pos);
     bool MatchReference(int pos, CReference& reference);
     bool MatchEntityRef(int pos, CReference& reference);
+    bool FindInternalEntity(int first, int last, CVelStrW& text);
 
     CParse& m_parser;
     const CVelStrW& m_src;
@@ -97,6 +103,7 @@ class CSinglePassReader {
     std::vector<CXmlBaseObject*> m_children;
     std::vector<CPendingAttribute> m_attributes;  // of the tag being read
     std::unordered_set<CVelStrW> m_seenNames;     // of a tag with many attributes
+    std::vector<CKnownEntity> m_entities;         // the first few, as the DTD gave them
     std::u16string m_value;                       // an attribute value being expanded
 };
 

@@ -4,7 +4,8 @@
 usage: gen_inputs.py OUT_DIR [--mb 20]
 
 Each document is about --mb megabytes. The document with errors is also written at a quarter
-and at half that size, to show how its time grows with the number of errors.
+and at half that size, to show how its time grows with the number of errors; inputs 8 and 9 are
+1 and 5 with one error just before the root's end tag.
 """
 import argparse
 import os
@@ -181,6 +182,18 @@ def errors(target):
     return utf8_doc(target, "rows", line)
 
 
+def error_at_end(make):
+    """The document of make with one error just before the root's end tag (a duplicate
+    attribute): a reader that stops there has read nearly all of it."""
+
+    def made(target):
+        text = make(target)
+        end = text.rindex(b"</")
+        return text[:end] + b'<bad a="1" a="2"/>' + text[end:]
+
+    return made
+
+
 INPUTS = [
     ("1-records-utf8", records),
     ("2-records-sjis", records_sjis),
@@ -189,6 +202,8 @@ INPUTS = [
     ("5-references", references),
     ("6-deep", deep),
     ("7-errors", errors),
+    ("8-records-error-at-end", error_at_end(records)),
+    ("9-references-error-at-end", error_at_end(references)),
 ]
 
 

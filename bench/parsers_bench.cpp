@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstdio>
 #include <fstream>
 #include <optional>
@@ -205,6 +206,7 @@ std::size_t IndexOf(const std::string& name) {
 const std::size_t kFloor = IndexOf("decode floor");
 const std::size_t kVxBuf = IndexOf("vx buf");
 const std::size_t kVxFile = IndexOf("vx file");
+const std::size_t kVxProductions = IndexOf("vx productions");
 const std::size_t kLibxml2 = IndexOf("libxml2");
 const std::size_t kTinyxml2 = IndexOf("tinyxml2");
 const std::size_t kFirstPeer = kLibxml2;
@@ -327,11 +329,24 @@ void PrintTargets(const std::vector<Result>& results) {
         return low;
     };
     const auto libxml2 = lowest(kLibxml2, [](const Result& r) { return Ratio(r, kLibxml2); });
-    say("vx buf at least 1.5 times libxml2's throughput", libxml2.first >= 1.5,
+    say("vx buf at least 2 times libxml2's throughput", libxml2.first >= 2,
         "lowest " + Fixed(libxml2.first, 2) + " on " + libxml2.second);
-    const auto tiny = lowest(kTinyxml2, [](const Result& r) { return Ratio(r, kTinyxml2); });
-    say("vx buf ahead of TinyXML-2", tiny.first > 1,
+    // TinyXML-2 keeps the internal entities of input 5 unexpanded: only inputs 1-4 compare.
+    const auto tiny = lowest(kTinyxml2, [](const Result& r) {
+        const int number = std::atoi(r.input.name.c_str());
+        return number >= 1 && number <= 4 ? Ratio(r, kTinyxml2) : 1e300;
+    });
+    say("vx buf ahead of TinyXML-2 on inputs 1-4", tiny.first > 1,
         "lowest " + Fixed(tiny.first, 2) + " on " + tiny.second);
+    std::pair<double, std::string> errors{0, "no input"};  // the highest vx buf ÷ productions
+    for (const Result& result : results) {
+        if (result.measures[kVxBuf].outcome.errors == 0) continue;
+        const double ratio =
+            result.measures[kVxBuf].seconds / result.measures[kVxProductions].seconds;
+        if (ratio > errors.first) errors = {ratio, result.input.name};
+    }
+    say("a document with an error at most 1.3 times the productions' time", errors.first <= 1.3,
+        "at most " + Fixed(errors.first, 2) + " times, on " + errors.second);
     for (const Result& result : results) {
         if (result.input.code != vcc::eShiftJIS) continue;
         const double ratio = result.measures[kVxFile].seconds / result.measures[kFloor].seconds;

@@ -85,6 +85,19 @@ TEST(ListContainer, CopiesAreDeepAndParentedToTheirContainer) {
     EXPECT_EQ(copy.GetAt(2)->GetParent(), &copy);
 }
 
+// A builder's nodes are taken themselves, after the children already there, and parented.
+TEST(ListContainer, AdoptTakesTheNodesThemselvesInOrder) {
+    CXmlElement parent = Element(u"p");
+    CXmlListContainer& list = parent.GetChildren();
+    list.PushBack(Text(u"a"));
+    CXmlBaseObject* nodes[] = {new CXmlElement(Element(u"e")), new CXmlCData(Text(u"b"))};
+    list.Adopt(nodes, 2);
+    ASSERT_EQ(list.GetSize(), 3);
+    EXPECT_EQ(list.GetAt(1), nodes[0]);
+    EXPECT_EQ(nodes[1]->GetParent(), &list);
+    EXPECT_EQ(Source(list), "a<e/>b");
+}
+
 TEST(ListContainer, CopyListToListRefusesContainersAndDtds) {
     vxtest::LogCapture log;
     CXmlCData text = Text(u"t");

@@ -85,7 +85,8 @@ bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root, int& stop) {
             const bool noText = pos < length && (m_src[pos] == u'<' || m_src[pos] == u'&');
             const int textEnd = noText ? pos : CParseCharData::Scan(m_src, pos);
             if (textEnd > pos) {
-                AppendText<CXmlCData>(m_parser.Texts().Get(m_src.c_str() + pos, textEnd - pos));
+                AppendTextChild<CXmlCData>(
+                    m_parser.Texts().Get(m_src.c_str() + pos, textEnd - pos));
                 pos = textEnd;
             }
             stop = pos;
@@ -117,8 +118,8 @@ Node* CSinglePassReader::AppendChild() {
 }
 
 template <class Node>
-void CSinglePassReader::AppendText(const CVelStrW& text) {
-    AppendChild<Node>()->SetText(text);
+void CSinglePassReader::AppendTextChild(CVelStrW text) {
+    AppendChild<Node>()->SetText(std::move(text));
 }
 
 void CSinglePassReader::AdoptChildren(const COpenElement& open) {
@@ -295,7 +296,7 @@ bool CSinglePassReader::ReadMarkup(int& pos) {
         const int first = pos + keywords.cdataOpen.GetLength();
         const int close = m_src.Pos(keywords.cdataClose, first);
         if (close < 0) return false;
-        AppendText<CXmlCDSect>(m_src.SubStr(first, close - first));
+        AppendTextChild<CXmlCDSect>(m_src.SubStr(first, close - first));
         pos = close + keywords.cdataClose.GetLength();
         return true;
     }
@@ -317,9 +318,9 @@ bool CSinglePassReader::ReadMarkup(int& pos) {
 bool CSinglePassReader::ReadReference(int& pos) {
     CReference reference;
     if (!MatchReference(pos, reference)) return false;
-    AppendText<CXmlCData>(reference.kind == CReference::eCharacter
-                              ? m_parser.Texts().Get(&reference.unit, reference.units)
-                              : reference.text);
+    AppendTextChild<CXmlCData>(reference.kind == CReference::eCharacter
+                                   ? m_parser.Texts().Get(&reference.unit, reference.units)
+                                   : reference.text);
     pos = reference.end;
     return true;
 }

@@ -71,8 +71,9 @@ class CSinglePassReader {
     // A new child of the innermost open element, kept in m_children until the element closes.
     template <class Node>
     Node* AppendChild();
+    // A text node that takes text over.
     template <class Node>
-    void AppendText(const CVelStrW& text);
+    void AppendTextChild(CVelStrW text);
     // Gives open its children from m_children, in one block of the right size.
     void AdoptChildren(const COpenElement& open);
     // Gives every open element the children read so far.

@@ -2,6 +2,8 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -24,8 +26,14 @@ namespace vel {
 namespace {
 
 // Below the heap's threshold for consolidating its free lists on every release of a block, so
-// that freeing a page stays cheap.
-constexpr std::size_t kPageSize = 32 * 1024;
+// that freeing a page stays cheap. Pages are aligned to their size: an object's page is its
+// address with the low bits cleared, so objects carry no header.
+constexpr unsigned kPageBits = 15;
+constexpr std::size_t kPageSize = std::size_t{1} << kPageBits;
+// What a page takes of its slot: the heap keeps a header of two words in front of each block,
+// and a page that leaves room for it lets the heap put the next page at the next slot instead
+// of leaving most of a slot unused between them. (Aligned new would round the size up again.)
+constexpr std::size_t kPageBytes = kPageSize - 2 * sizeof(void*);
 // Larger objects are heap blocks: a page would waste too much of its end on them.
 constexpr std::size_t kLargestPaged = 512;
 constexpr std::size_t kUnit = alignof(void*);
@@ -41,8 +49,55 @@ struct CPage {
 // More than a page can hold objects, so the count stays above zero while the page is filled.
 constexpr std::int64_t kFillingBias = kPageSize;
 constexpr std::size_t kPageHeader = sizeof(CPage);
-// Each object is preceded by its page, or null for a heap block of its own.
-constexpr std::size_t kObjectHeader = sizeof(CPage*);
+
+// Which page-sized slots of the address space hold a live page, one bit each, so that a free
+// tells a paged object from a heap block by its address alone. A heap block never lies on a
+// live page, and a page's bit is cleared before its memory goes back to the heap. Leaves are
+// made on first use and kept for the life of the process.
+constexpr unsigned kAddressBits = 48;
+constexpr unsigned kLeafBits = 16;  // pages per leaf, as a power of two: 2 GiB of addresses
+constexpr unsigned kRootBits = kAddressBits - kPageBits - kLeafBits;
+struct CPageMapLeaf {
+    std::atomic<std::uint64_t> words[(std::size_t{1} << kLeafBits) / 64];
+};
+std::atomic<CPageMapLeaf*> g_pageMap[std::size_t{1} << kRootBits];
+
+std::uintptr_t PageNumber(const void* memory) noexcept {
+    return reinterpret_cast<std::uintptr_t>(memory) >> kPageBits;
+}
+
+std::atomic<std::uint64_t>& MapWord(CPageMapLeaf& leaf, std::uintptr_t page) noexcept {
+    return leaf.words[(page & ((std::uintptr_t{1} << kLeafBits) - 1)) / 64];
+}
+
+std::uint64_t MapBit(std::uintptr_t page) noexcept {
+    return std::uint64_t{1} << (page % 64);
+}
+
+// The leaf for page, made when missing; std::bad_alloc for an address the map cannot hold.
+CPageMapLeaf& MakeMapLeaf(std::uintptr_t page) {
+    if (page >> (kRootBits + kLeafBits)) throw std::bad_alloc();
+    std::atomic<CPageMapLeaf*>& slot = g_pageMap[page >> kLeafBits];
+    CPageMapLeaf* leaf = slot.load(std::memory_order_acquire);
+    if (leaf) return *leaf;
+    auto made = std::make_unique<CPageMapLeaf>();
+    if (!slot.compare_exchange_strong(leaf, made.get(), std::memory_order_acq_rel)) return *leaf;
+    return *made.release();
+}
+
+CPageMapLeaf* FindMapLeaf(std::uintptr_t page) noexcept {
+    if (page >> (kRootBits + kLeafBits)) return nullptr;
+    return g_pageMap[page >> kLeafBits].load(std::memory_order_acquire);
+}
+
+bool IsLivePage(std::uintptr_t page) noexcept {
+    CPageMapLeaf* leaf = FindMapLeaf(page);
+    return leaf && (MapWord(*leaf, page).load(std::memory_order_acquire) & MapBit(page));
+}
+
+CPage* PageOf(const void* memory) noexcept {
+    return reinterpret_cast<CPage*>(PageNumber(memory) << kPageBits);
+}
 
 struct CFilling {
     CPage* page = nullptr;
@@ -81,10 +136,11 @@ void Unpoison([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t 
 
 // Subtracts objects from the page's count, and frees the page when none are left.
 void Release(CPage* page, std::int64_t objects) noexcept {
-    if (CountDown(page->live, objects) == objects) {
-        Unpoison(page, kPageSize);
-        ::operator delete(page);
-    }
+    if (CountDown(page->live, objects) != objects) return;
+    const std::uintptr_t number = PageNumber(page);
+    MapWord(*FindMapLeaf(number), number).fetch_and(~MapBit(number), std::memory_order_release);
+    Unpoison(page, kPageBytes);
+    std::free(page);
 }
 
 void GiveUpPage(CFilling& filling) noexcept {
@@ -94,12 +150,21 @@ void GiveUpPage(CFilling& filling) noexcept {
 }
 
 void StartPage(CFilling& filling) {
-    auto* page = static_cast<CPage*>(::operator new(kPageSize));
+    void* memory = nullptr;
+    if (posix_memalign(&memory, kPageSize, kPageBytes) != 0) throw std::bad_alloc();
+    auto* page = static_cast<CPage*>(memory);
+    const std::uintptr_t number = PageNumber(page);
+    try {
+        MapWord(MakeMapLeaf(number), number).fetch_or(MapBit(number), std::memory_order_release);
+    } catch (const std::bad_alloc&) {
+        std::free(page);
+        throw;
+    }
     page->live.store(kFillingBias, std::memory_order_relaxed);
     GiveUpPage(filling);
     filling.page = page;
     filling.next = reinterpret_cast<char*>(page) + kPageHeader;
-    filling.end = reinterpret_cast<char*>(page) + kPageSize;
+    filling.end = reinterpret_cast<char*>(page) + kPageBytes;
     Poison(filling.next, static_cast<std::size_t>(filling.end - filling.next));
 }
 
@@ -145,13 +210,10 @@ void CountFree(CPage* page) noexcept {
     }
 }
 
-void* WithHeader(void* block, CPage* page) {
-    *static_cast<CPage**>(block) = page;
-    return static_cast<char*>(block) + kObjectHeader;
-}
-
 std::size_t BlockSize(std::size_t size) {
-    return (size + kObjectHeader + kUnit - 1) / kUnit * kUnit;
+    // Never empty: the next object must not share its address, nor one at a page's end lie on
+    // the next page.
+    return size == 0 ? kUnit : (size + kUnit - 1) / kUnit * kUnit;
 }
 
 }  // namespace
@@ -174,34 +236,30 @@ CHeapScope::~CHeapScope() {
 }
 
 void* AllocateSmall(std::size_t size, ePageStream stream) {
+    if (t_pages.scopes == 0 || size > kLargestPaged) return ::operator new(size);
     const std::size_t block = BlockSize(size);
-    if (t_pages.scopes == 0 || size > kLargestPaged) {
-        return WithHeader(::operator new(block), nullptr);
-    }
     CFilling& filling = t_pages.fillings[stream];
     if (static_cast<std::size_t>(filling.end - filling.next) < block) StartPage(filling);
     char* memory = filling.next;
     filling.next += block;
     ++filling.handedOut;
     Unpoison(memory, block);
-    return WithHeader(memory, filling.page);
+    return memory;
 }
 
 bool IsPaged(const void* memory) noexcept {
-    return *reinterpret_cast<CPage* const*>(static_cast<const char*>(memory) - kObjectHeader);
+    return IsLivePage(PageNumber(memory));
 }
 
 void FreeSmall(void* memory, std::size_t size) noexcept {
     if (!memory) return;
-    void* block = static_cast<char*>(memory) - kObjectHeader;
-    CPage* page = *static_cast<CPage**>(block);
-    if (!page) {
-        ::operator delete(block);
+    if (size > kLargestPaged || !IsPaged(memory)) {
+        ::operator delete(memory);
         return;
     }
     // A use after free of a paged object is then still caught by AddressSanitizer.
-    Poison(block, BlockSize(size));
-    CountFree(page);
+    Poison(memory, BlockSize(size));
+    CountFree(PageOf(memory));
 }
 
 }  // namespace vel

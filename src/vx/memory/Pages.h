@@ -1,10 +1,10 @@
 #pragma once
 // Small objects made while a document is read come from pages of a few kilobytes instead of a
 // heap block each: a parse makes millions of them (production objects, nodes, their lists) and
-// frees them together. Every object is preceded by a pointer to its page, and the page counts
-// its live objects; a page is freed when that count reaches zero and the page is no longer
-// being filled, as pugixml's allocator does. Outside a CPageScope every object is an ordinary
-// heap block (with the same header), so objects a host makes while editing cost what they
+// frees them together. Pages are aligned to their size, so an object's page follows from its
+// address, and the page counts its live objects; a page is freed when that count reaches zero
+// and the page is no longer being filled, as pugixml's allocator does. Outside a CPageScope
+// every object is an ordinary heap block, so objects a host makes while editing cost what they
 // always did and free their memory at once.
 //
 // Each thread fills pages of its own; an object may be freed on any thread, also while the

@@ -79,6 +79,32 @@ TEST(Pages, ScopesDecideWhereMemoryComesFrom) {
     EXPECT_FALSE(pagedNow());
 }
 
+// Once a parse's pages are freed, the heap hands their memory out again: blocks made there
+// outside a scope must be taken for heap blocks, not for objects of the page that was there.
+// Empty objects still get addresses of their own.
+TEST(Pages, MemoryOfFreedPagesIsHeapAgain) {
+    std::vector<void*> blocks;
+    {
+        vel::CPageScope pages;
+        for (int i = 0; i < 10000; ++i)
+            blocks.push_back(AllocateSmall(24));
+        void* empty = AllocateSmall(0);
+        void* next = AllocateSmall(0);
+        EXPECT_NE(empty, next);
+        FreeSmall(empty, 0);
+        FreeSmall(next, 0);
+    }
+    for (void* block : blocks)
+        FreeSmall(block, 24);
+    blocks.clear();
+    for (int i = 0; i < 10000; ++i) {
+        blocks.push_back(AllocateSmall(24));
+        ASSERT_FALSE(IsPaged(blocks.back())) << i;
+    }
+    for (void* block : blocks)
+        FreeSmall(block, 24);
+}
+
 // A string made during a parse lives on a page; what a process-wide store keeps of it must
 // not, or one kept string would hold a whole page for the life of the process.
 TEST(Pages, OffPagesCopiesOnlyAPagedString) {

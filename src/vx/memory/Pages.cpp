@@ -168,6 +168,20 @@ void StartPage(CFilling& filling) {
     Poison(filling.next, static_cast<std::size_t>(filling.end - filling.next));
 }
 
+char* Take(CFilling& filling, std::size_t block) noexcept {
+    char* memory = filling.next;
+    filling.next += block;
+    ++filling.handedOut;
+    Unpoison(memory, block);
+    return memory;
+}
+
+// Out of line, so that the usual allocation stays a few instructions.
+[[gnu::noinline]] char* TakeFromNewPage(CFilling& filling, std::size_t block) {
+    StartPage(filling);
+    return Take(filling, block);
+}
+
 void Flush(CPendingFrees& pending) noexcept {
     if (pending.page) Release(pending.page, pending.objects);
     pending = CPendingFrees{};
@@ -239,12 +253,9 @@ void* AllocateSmall(std::size_t size, ePageStream stream) {
     if (t_pages.scopes == 0 || size > kLargestPaged) return ::operator new(size);
     const std::size_t block = BlockSize(size);
     CFilling& filling = t_pages.fillings[stream];
-    if (static_cast<std::size_t>(filling.end - filling.next) < block) StartPage(filling);
-    char* memory = filling.next;
-    filling.next += block;
-    ++filling.handedOut;
-    Unpoison(memory, block);
-    return memory;
+    if (static_cast<std::size_t>(filling.end - filling.next) < block)
+        return TakeFromNewPage(filling, block);
+    return Take(filling, block);
 }
 
 bool IsPaged(const void* memory) noexcept {
@@ -253,13 +264,18 @@ bool IsPaged(const void* memory) noexcept {
 
 void FreeSmall(void* memory, std::size_t size) noexcept {
     if (!memory) return;
-    if (size > kLargestPaged || !IsPaged(memory)) {
+    CPage* page = PageOf(memory);
+    // The pages last freed on are alive while this thread holds frees of them back: no look-up.
+    const bool paged = size <= kLargestPaged &&
+                       (page == t_pages.pending[0].page || page == t_pages.pending[1].page ||
+                        IsLivePage(PageNumber(memory)));
+    if (!paged) {
         ::operator delete(memory);
         return;
     }
     // A use after free of a paged object is then still caught by AddressSanitizer.
     Poison(memory, BlockSize(size));
-    CountFree(PageOf(memory));
+    CountFree(page);
 }
 
 }  // namespace vel

@@ -95,6 +95,12 @@ bool IsLivePage(std::uintptr_t page) noexcept {
     return leaf && (MapWord(*leaf, page).load(std::memory_order_acquire) & MapBit(page));
 }
 
+// Whether memory lies where a page's objects can: a page leaves the end of its slot to the heap,
+// and a heap that does not keep a header there could put a small block in it.
+bool InPageArea(const void* memory) noexcept {
+    return (reinterpret_cast<std::uintptr_t>(memory) & (kPageSize - 1)) < kPageBytes;
+}
+
 CPage* PageOf(const void* memory) noexcept {
     return reinterpret_cast<CPage*>(PageNumber(memory) << kPageBits);
 }
@@ -259,14 +265,14 @@ void* AllocateSmall(std::size_t size, ePageStream stream) {
 }
 
 bool IsPaged(const void* memory) noexcept {
-    return IsLivePage(PageNumber(memory));
+    return InPageArea(memory) && IsLivePage(PageNumber(memory));
 }
 
 void FreeSmall(void* memory, std::size_t size) noexcept {
     if (!memory) return;
     CPage* page = PageOf(memory);
     // The pages last freed on are alive while this thread holds frees of them back: no look-up.
-    const bool paged = size <= kLargestPaged &&
+    const bool paged = size <= kLargestPaged && InPageArea(memory) &&
                        (page == t_pages.pending[0].page || page == t_pages.pending[1].page ||
                         IsLivePage(PageNumber(memory)));
     if (!paged) {

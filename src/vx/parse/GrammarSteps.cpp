@@ -37,23 +37,34 @@ const CKeywords& Keywords() {
     return keywords ? *keywords : CreateKeywords();
 }
 
+namespace {
+
+const CVelStrW* IfNamed(const CVelStrW& text, int first, int length, const CVelStrW& name,
+                        const CVelStrW& replacement) {
+    return length == name.GetLength() && text.MatchAt(first, name) ? &replacement : nullptr;
+}
+
+}  // namespace
+
 const CVelStrW* FindPredefinedEntity(const CVelStrW& text, int first, int last) {
-    // Looked up for every reference: names of other lengths than "lt" to "quot" go at once.
+    // Looked up for every reference: the first unit leaves one name to compare, and names of
+    // other lengths than "lt" to "quot" go at once.
     const int length = last - first;
     if (length < 2 || length > 4) return nullptr;
-    const CKeywords& keywords = Keywords();
-    const std::pair<const CVelStrW*, const CVelStrW*> predefined[] = {
-        {&keywords.amp, &keywords.ampText},   {&keywords.lt, &keywords.ltText},
-        {&keywords.gt, &keywords.gtText},     {&keywords.quot, &keywords.quotText},
-        {&keywords.apos, &keywords.aposText},
-    };
-    for (const auto& [name, replacement] : predefined) {
-        if (length == name->GetLength() && text[first] == (*name)[0] &&
-            text.MatchAt(first, *name)) {
-            return replacement;
-        }
+    const CKeywords& k = Keywords();
+    switch (text[first]) {
+        case u'a':
+            return length == 3 ? IfNamed(text, first, length, k.amp, k.ampText)
+                               : IfNamed(text, first, length, k.apos, k.aposText);
+        case u'l':
+            return IfNamed(text, first, length, k.lt, k.ltText);
+        case u'g':
+            return IfNamed(text, first, length, k.gt, k.gtText);
+        case u'q':
+            return IfNamed(text, first, length, k.quot, k.quotText);
+        default:
+            return nullptr;
     }
-    return nullptr;
 }
 
 int SkipWhiteSpace(const CVelStrW& src, int pos) {

@@ -328,9 +328,10 @@ bool CSinglePassReader::ReadReference(int& pos) {
 // A reference at pos ("&" there) that the productions match without a diagnostic and that
 // needs nothing but text: a character, a predefined entity or a declared internal one.
 bool CSinglePassReader::MatchReference(int pos, CReference& reference) {
-    const CKeywords& keywords = Keywords();
-    const bool hex = m_src.MatchAt(pos, keywords.hexCharRefOpen);
-    if (!hex && !m_src.MatchAt(pos, keywords.charRefOpen)) return MatchEntityRef(pos, reference);
+    // The "&" is known: the units after it tell the kinds of reference apart.
+    const int length = m_src.GetLength();
+    if (pos + 1 >= length || m_src[pos + 1] != u'#') return MatchEntityRef(pos, reference);
+    const bool hex = pos + 2 < length && m_src[pos + 2] == u'x';
     const int first = pos + (hex ? 3 : 2);
     const int last = CParseCharRef::ScanDigits(m_src, first, hex);
     if (last == first || !IsCharAt(m_src, last, u';')) return false;

@@ -7,6 +7,7 @@
 #include <new>
 #include <utility>
 
+#include "vx/memory/PageChunks.h"
 #include "vx/platform/Threads.h"
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -25,11 +26,17 @@ namespace vel {
 
 namespace {
 
-// Below the heap's threshold for consolidating its free lists on every release of a block, so
-// that freeing a page stays cheap. Pages are aligned to their size: an object's page is its
-// address with the low bits cleared, so objects carry no header.
-constexpr unsigned kPageBits = 15;
-constexpr std::size_t kPageSize = std::size_t{1} << kPageBits;
+// Pages are aligned to their size: an object's page is its address with the low bits cleared, so
+// objects carry no header.
+//
+// Under AddressSanitizer pages are heap blocks, as they are where the system maps no chunks:
+// its leak check then reports a page a leaked object keeps, and scans pages for the heap blocks
+// their objects point to.
+#ifdef VX_POISON_PAGES
+constexpr bool kPagesFromChunks = false;
+#else
+constexpr bool kPagesFromChunks = true;
+#endif
 // What a page takes of its slot: the heap keeps a header of two words in front of each block,
 // and a page that leaves room for it lets the heap put the next page at the next slot instead
 // of leaving most of a slot unused between them. (Aligned new would round the size up again.)
@@ -37,6 +44,14 @@ constexpr std::size_t kPageBytes = kPageSize - 2 * sizeof(void*);
 // Larger objects are heap blocks: a page would waste too much of its end on them.
 constexpr std::size_t kLargestPaged = 512;
 constexpr std::size_t kUnit = alignof(void*);
+// Blocks of this size and more are mapped for themselves (the text of a whole document), so that
+// filling them costs a fault per huge page; under AddressSanitizer they stay heap blocks, which
+// its leak check sees.
+#ifdef VX_POISON_PAGES
+constexpr std::size_t kSmallestMapped = SIZE_MAX;
+#else
+constexpr std::size_t kSmallestMapped = kHugePageSize;
+#endif
 
 // Objects of a page may be freed on any thread (a document handed to another one), so its
 // count is atomic; the thread filling it counts what it hands out in CFilling and adds that
@@ -45,6 +60,7 @@ struct CPage {
     // kFillingBias less the objects freed while the page is being filled; afterwards the
     // objects not yet freed.
     std::atomic<std::int64_t> live;
+    CChunk* chunk;  // nullptr for a page that is a heap block
 };
 // More than a page can hold objects, so the count stays above zero while the page is filled.
 constexpr std::int64_t kFillingBias = kPageSize;
@@ -140,13 +156,30 @@ void Unpoison([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t 
 #endif
 }
 
+void FreePageMemory(CPage* page) noexcept {
+    if (page->chunk) {
+        ReturnChunkPage(page->chunk, page);
+    } else {
+        std::free(page);
+    }
+}
+
+CPage* NewPage() {
+    CChunk* chunk = nullptr;
+    void* memory = kPagesFromChunks ? TakeChunkPage(chunk) : nullptr;
+    if (!memory && posix_memalign(&memory, kPageSize, kPageBytes) != 0) throw std::bad_alloc();
+    auto* page = static_cast<CPage*>(memory);
+    page->chunk = chunk;
+    return page;
+}
+
 // Subtracts objects from the page's count, and frees the page when none are left.
 void Release(CPage* page, std::int64_t objects) noexcept {
     if (CountDown(page->live, objects) != objects) return;
     const std::uintptr_t number = PageNumber(page);
     MapWord(*FindMapLeaf(number), number).fetch_and(~MapBit(number), std::memory_order_release);
     Unpoison(page, kPageBytes);
-    std::free(page);
+    FreePageMemory(page);
 }
 
 void GiveUpPage(CFilling& filling) noexcept {
@@ -156,14 +189,12 @@ void GiveUpPage(CFilling& filling) noexcept {
 }
 
 void StartPage(CFilling& filling) {
-    void* memory = nullptr;
-    if (posix_memalign(&memory, kPageSize, kPageBytes) != 0) throw std::bad_alloc();
-    auto* page = static_cast<CPage*>(memory);
+    CPage* page = NewPage();
     const std::uintptr_t number = PageNumber(page);
     try {
         MapWord(MakeMapLeaf(number), number).fetch_or(MapBit(number), std::memory_order_release);
     } catch (const std::bad_alloc&) {
-        std::free(page);
+        FreePageMemory(page);
         throw;
     }
     page->live.store(kFillingBias, std::memory_order_relaxed);
@@ -230,6 +261,22 @@ void CountFree(CPage* page) noexcept {
     }
 }
 
+// Out of line, so that the usual allocation stays a few instructions.
+[[gnu::noinline]] void* AllocateUnpaged(std::size_t size) {
+    if (size < kSmallestMapped) return ::operator new(size);
+    void* memory = MapHuge(size);
+    if (!memory) throw std::bad_alloc();
+    return memory;
+}
+
+void FreeUnpaged(void* memory, std::size_t size) noexcept {
+    if (size < kSmallestMapped) {
+        ::operator delete(memory);
+    } else {
+        Unmap(memory, size);
+    }
+}
+
 std::size_t BlockSize(std::size_t size) {
     // Never empty: the next object must not share its address, nor one at a page's end lie on
     // the next page.
@@ -256,7 +303,7 @@ CHeapScope::~CHeapScope() {
 }
 
 void* AllocateSmall(std::size_t size, ePageStream stream) {
-    if (t_pages.scopes == 0 || size > kLargestPaged) return ::operator new(size);
+    if (t_pages.scopes == 0 || size > kLargestPaged) return AllocateUnpaged(size);
     const std::size_t block = BlockSize(size);
     CFilling& filling = t_pages.fillings[stream];
     if (static_cast<std::size_t>(filling.end - filling.next) < block)
@@ -276,7 +323,7 @@ void FreeSmall(void* memory, std::size_t size) noexcept {
                        (page == t_pages.pending[0].page || page == t_pages.pending[1].page ||
                         IsLivePage(PageNumber(memory)));
     if (!paged) {
-        ::operator delete(memory);
+        FreeUnpaged(memory, size);
         return;
     }
     // A use after free of a paged object is then still caught by AddressSanitizer.

@@ -42,7 +42,8 @@ class CHeapScope {
 enum ePageStream { eObjectPages = 0, eTextPages = 1, kStreamCount = 2 };
 
 // Memory for an object of size bytes, aligned for pointers and 8-byte integers (not more);
-// std::bad_alloc when the heap has none.
+// std::bad_alloc when there is none. Blocks of megabytes (a document's text), in a scope or not,
+// are mapped from the system for themselves.
 void* AllocateSmall(std::size_t size, ePageStream stream = eObjectPages);
 // Frees what AllocateSmall returned; size is the size that was asked for. Null is ignored.
 void FreeSmall(void* memory, std::size_t size) noexcept;

@@ -1,0 +1,162 @@
+#include "vx/memory/PageChunks.h"
+
+#include <bit>
+#include <cstdint>
+#include <mutex>
+
+#include "vx/platform/Package.h"
+
+namespace vel {
+
+namespace {
+
+static_assert(kPagesPerChunk == 64, "a chunk's pages are the bits of one word");
+constexpr std::uint64_t kAllPagesFree = ~std::uint64_t{0};
+
+// Empty chunks kept as they are for the next parse. Beyond these, the system may take the
+// memory of up to kKeptChunks more back when it runs short (until then they cost no fault
+// either); the rest are unmapped. A parse of a document of some hundred megabytes then finds
+// its pages again, while a host that parsed it once does not hold on to them at any cost.
+constexpr int kWarmChunks = 8;
+constexpr int kKeptChunks = 256;
+
+}  // namespace
+
+struct CChunk {
+    char* base;
+    std::uint64_t freePages = kAllPagesFree;  // bit i: page i is not in use
+    CChunk* previous = nullptr;
+    CChunk* next = nullptr;
+};
+
+namespace {
+
+class CChunkList {
+  public:
+    CChunk* First() const noexcept { return m_first; }
+    int Count() const noexcept { return m_count; }
+
+    void Push(CChunk* chunk) noexcept {
+        chunk->previous = nullptr;
+        chunk->next = m_first;
+        if (m_first) m_first->previous = chunk;
+        m_first = chunk;
+        ++m_count;
+    }
+
+    void Remove(CChunk* chunk) noexcept {
+        (chunk->previous ? chunk->previous->next : m_first) = chunk->next;
+        if (chunk->next) chunk->next->previous = chunk->previous;
+        --m_count;
+    }
+
+    CChunk* Pop() noexcept {
+        CChunk* first = m_first;
+        if (first) Remove(first);
+        return first;
+    }
+
+  private:
+    CChunk* m_first = nullptr;
+    int m_count = 0;
+};
+
+// Pages are taken and given back one per 32 KiB of objects, so a lock costs little.
+struct CChunks {
+    std::mutex mutex;
+    CChunkList partial;  // chunks with pages both free and in use; pages are taken from the first
+    CChunkList empty;    // the most recently emptied first
+    int mapped = 0;
+    // Set when the system refused a chunk: pages come from the heap from then on, rather than
+    // asking again for each.
+    bool refused = false;
+};
+CChunks g_chunks;
+
+void UnmapChunk(CChunk* chunk) noexcept {
+    Unmap(chunk->base, kHugePageSize);
+    delete chunk;
+}
+
+void ReleaseEmptyChunks() {
+    CChunkList released;
+    {
+        std::lock_guard<std::mutex> lock(g_chunks.mutex);
+        while (CChunk* chunk = g_chunks.empty.Pop()) {
+            released.Push(chunk);
+            --g_chunks.mapped;
+        }
+    }
+    while (CChunk* chunk = released.Pop())
+        UnmapChunk(chunk);
+}
+
+// A new chunk, or nullptr when the system maps none. Called with the lock held.
+CChunk* MapChunk() {
+    if (g_chunks.refused) return nullptr;
+    if (g_chunks.mapped == 0) vx::RegisterFinalizer(ReleaseEmptyChunks);
+    void* base = MapHuge(kHugePageSize);
+    if (!base) {
+        g_chunks.refused = true;
+        return nullptr;
+    }
+    CChunk* chunk = nullptr;
+    try {
+        chunk = new CChunk{static_cast<char*>(base)};
+    } catch (...) {
+        Unmap(base, kHugePageSize);
+        throw;
+    }
+    ++g_chunks.mapped;
+    return chunk;
+}
+
+// Whether an emptied chunk is kept; called with the lock held.
+bool KeepEmptyChunk(CChunk* chunk) noexcept {
+    const int kept = g_chunks.empty.Count();
+    if (kept >= kWarmChunks + kKeptChunks) return false;
+    if (kept >= kWarmChunks) DiscardLazily(chunk->base, kHugePageSize);
+    g_chunks.empty.Push(chunk);
+    return true;
+}
+
+}  // namespace
+
+void* TakeChunkPage(CChunk*& chunk) {
+    std::lock_guard<std::mutex> lock(g_chunks.mutex);
+    if (!g_chunks.partial.First()) {
+        CChunk* fresh = g_chunks.empty.Pop();
+        if (!fresh) fresh = MapChunk();
+        if (!fresh) return nullptr;
+        g_chunks.partial.Push(fresh);
+    }
+    chunk = g_chunks.partial.First();
+    const int index = std::countr_zero(chunk->freePages);
+    chunk->freePages &= chunk->freePages - 1;
+    if (chunk->freePages == 0) g_chunks.partial.Remove(chunk);
+    return chunk->base + static_cast<std::size_t>(index) * kPageSize;
+}
+
+void ReturnChunkPage(CChunk* chunk, void* page) noexcept {
+    const auto index = static_cast<unsigned>((static_cast<char*>(page) - chunk->base) >> kPageBits);
+    {
+        std::lock_guard<std::mutex> lock(g_chunks.mutex);
+        const bool wasFull = chunk->freePages == 0;
+        chunk->freePages |= std::uint64_t{1} << index;
+        if (chunk->freePages != kAllPagesFree) {
+            if (wasFull) g_chunks.partial.Push(chunk);
+            return;
+        }
+        g_chunks.partial.Remove(chunk);
+        if (KeepEmptyChunk(chunk)) return;
+        --g_chunks.mapped;
+    }
+    UnmapChunk(chunk);
+}
+
+CChunkCounts CountChunks() noexcept {
+    std::lock_guard<std::mutex> lock(g_chunks.mutex);
+    return {g_chunks.mapped, g_chunks.empty.Count()};
+}
+
+}  // namespace vel

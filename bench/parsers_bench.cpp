@@ -347,12 +347,6 @@ void PrintTargets(const std::vector<Result>& results) {
     }
     say("a document with an error at most 1.3 times the productions' time", errors.first <= 1.3,
         "at most " + Fixed(errors.first, 2) + " times, on " + errors.second);
-    for (const Result& result : results) {
-        if (result.input.code != vcc::eShiftJIS) continue;
-        const double ratio = result.measures[kVxFile].seconds / result.measures[kFloor].seconds;
-        say("vx file within 3 times the decoding floor on " + result.input.name, ratio <= 3,
-            Fixed(ratio, 2) + " times");
-    }
     std::pair<double, std::string> memory{0, "no input"};  // the highest vx ÷ libxml2
     for (const Result& result : results) {
         const std::optional<Memory>& vx = result.measures[kVxBuf].memory;

@@ -8,6 +8,7 @@
 
 #include "vx/memory/PageChunks.h"
 #include "vx/memory/Pages.h"
+#include "vx/platform/Package.h"
 
 namespace {
 
@@ -60,7 +61,8 @@ TEST(PageChunks, PagesAreDistinctAndReusedFromKeptChunks) {
     ReturnPages(again);
 }
 
-// A host that once parsed a huge document keeps only a bounded number of empty chunks.
+// A host that once parsed a huge document keeps only a bounded number of empty chunks, and
+// Finalize gives those back.
 TEST(PageChunks, EmptyChunksKeptAreBounded) {
     constexpr std::size_t kChunks = 400;
     const std::vector<CTakenPage> pages = TakePages(kChunks * kPagesPerChunk);
@@ -71,6 +73,9 @@ TEST(PageChunks, EmptyChunksKeptAreBounded) {
     EXPECT_GT(after.unused, 0);
     EXPECT_LT(after.unused, static_cast<int>(kChunks));
     EXPECT_EQ(mapped - after.mapped, static_cast<int>(kChunks) - after.unused);
+    vx::Finalize();
+    EXPECT_EQ(vel::CountChunks().unused, 0);
+    EXPECT_EQ(vel::CountChunks().mapped, after.mapped - after.unused);
 }
 
 // Objects made in a parse on one thread and freed on another give their pages back to the

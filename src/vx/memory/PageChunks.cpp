@@ -67,11 +67,21 @@ struct CChunks {
     CChunkList partial;  // chunks with pages both free and in use; pages are taken from the first
     CChunkList empty;    // the most recently emptied first
     int mapped = 0;
+    // The first chunk of a process is mapped in small pages, so that a process that only reads
+    // small documents keeps a few of them resident rather than 2 MiB; it is asked for huge
+    // pages once a second chunk is needed.
+    CChunk* smallPaged = nullptr;
     // Set when the system refused a chunk: pages come from the heap from then on, rather than
     // asking again for each.
     bool refused = false;
 };
 CChunks g_chunks;
+
+// Takes a chunk out of the counts before it is unmapped; called with the lock held.
+void ForgetChunk(CChunk* chunk) noexcept {
+    --g_chunks.mapped;
+    if (g_chunks.smallPaged == chunk) g_chunks.smallPaged = nullptr;
+}
 
 void UnmapChunk(CChunk* chunk) noexcept {
     Unmap(chunk->base, kHugePageSize);
@@ -84,18 +94,29 @@ void ReleaseEmptyChunks() {
         std::lock_guard<std::mutex> lock(g_chunks.mutex);
         while (CChunk* chunk = g_chunks.empty.Pop()) {
             released.Push(chunk);
-            --g_chunks.mapped;
+            ForgetChunk(chunk);
         }
     }
     while (CChunk* chunk = released.Pop())
         UnmapChunk(chunk);
 }
 
+// Called with the lock held.
+void CountMapped(CChunk* chunk) noexcept {
+    if (g_chunks.mapped++ == 0) {
+        g_chunks.smallPaged = chunk;
+    } else if (g_chunks.smallPaged) {
+        AdviseHuge(g_chunks.smallPaged->base, kHugePageSize);
+        g_chunks.smallPaged = nullptr;
+    }
+}
+
 // A new chunk, or nullptr when the system maps none. Called with the lock held.
 CChunk* MapChunk() {
     if (g_chunks.refused) return nullptr;
-    if (g_chunks.mapped == 0) vx::RegisterFinalizer(ReleaseEmptyChunks);
-    void* base = MapHuge(kHugePageSize);
+    const bool first = g_chunks.mapped == 0;
+    if (first) vx::RegisterFinalizer(ReleaseEmptyChunks);
+    void* base = first ? MapAligned(kHugePageSize) : MapHuge(kHugePageSize);
     if (!base) {
         g_chunks.refused = true;
         return nullptr;
@@ -107,7 +128,7 @@ CChunk* MapChunk() {
         Unmap(base, kHugePageSize);
         throw;
     }
-    ++g_chunks.mapped;
+    CountMapped(chunk);
     return chunk;
 }
 
@@ -149,7 +170,7 @@ void ReturnChunkPage(CChunk* chunk, void* page) noexcept {
         }
         g_chunks.partial.Remove(chunk);
         if (KeepEmptyChunk(chunk)) return;
-        --g_chunks.mapped;
+        ForgetChunk(chunk);
     }
     UnmapChunk(chunk);
 }

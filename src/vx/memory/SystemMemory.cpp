@@ -24,7 +24,7 @@ std::size_t MappedSize(std::size_t size) noexcept {
 
 }  // namespace
 
-void* MapHuge(std::size_t size) noexcept {
+void* MapAligned(std::size_t size) noexcept {
     const std::size_t mapped = MappedSize(size);
     if (mapped < size || mapped > SIZE_MAX - kHugePageSize) return nullptr;
     // Mapped with room to spare, so that an aligned start lies inside; the rest goes back.
@@ -36,9 +36,18 @@ void* MapHuge(std::size_t size) noexcept {
     if (aligned > start) munmap(memory, aligned - start);
     const std::uintptr_t end = aligned + mapped;
     if (start + spare > end) munmap(reinterpret_cast<void*>(end), start + spare - end);
-    // Refused where the kernel has no huge pages: the memory then works in small pages.
-    madvise(reinterpret_cast<void*>(aligned), mapped, MADV_HUGEPAGE);
     return reinterpret_cast<void*>(aligned);
+}
+
+void AdviseHuge(void* memory, std::size_t size) noexcept {
+    // Refused where the kernel has no huge pages: the memory then works in small pages.
+    madvise(memory, MappedSize(size), MADV_HUGEPAGE);
+}
+
+void* MapHuge(std::size_t size) noexcept {
+    void* memory = MapAligned(size);
+    if (memory) AdviseHuge(memory, size);
+    return memory;
 }
 
 void Unmap(void* memory, std::size_t size) noexcept {

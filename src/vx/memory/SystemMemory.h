@@ -11,6 +11,10 @@ constexpr std::size_t kHugePageSize = std::size_t{1} << 21;
 
 // size bytes (rounded up to whole system pages) at an address aligned to kHugePageSize, zeroed;
 // nullptr when the system maps no more.
+void* MapAligned(std::size_t size) noexcept;
+// Asks for huge pages where memory is touched from now on.
+void AdviseHuge(void* memory, std::size_t size) noexcept;
+// MapAligned, backed by huge pages.
 void* MapHuge(std::size_t size) noexcept;
 // Gives back what MapHuge returned; size as asked for.
 void Unmap(void* memory, std::size_t size) noexcept;

@@ -8,6 +8,8 @@
 
 namespace vel {
 
+// Below the heap's threshold for consolidating its free lists on every release of a block, so
+// that freeing a page that is a heap block (where no chunk can be mapped) stays cheap.
 constexpr unsigned kPageBits = 15;
 constexpr std::size_t kPageSize = std::size_t{1} << kPageBits;
 constexpr std::size_t kPagesPerChunk = kHugePageSize / kPageSize;

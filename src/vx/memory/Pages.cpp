@@ -40,6 +40,7 @@ constexpr bool kPagesFromChunks = true;
 // What a page takes of its slot: the heap keeps a header of two words in front of each block,
 // and a page that leaves room for it lets the heap put the next page at the next slot instead
 // of leaving most of a slot unused between them. (Aligned new would round the size up again.)
+// Pages cut from chunks take the same, so that every page is alike.
 constexpr std::size_t kPageBytes = kPageSize - 2 * sizeof(void*);
 // Larger objects are heap blocks: a page would waste too much of its end on them.
 constexpr std::size_t kLargestPaged = 512;

@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "platform/PlatformTestUtil.h"
+
 namespace {
 
 using vx::CParseError;
@@ -88,15 +90,9 @@ TEST(ParseError, MakeErrMsgAndEquality) {
     EXPECT_FALSE(none == CParseError(CParseError::eErrNone, 0, 0, {}));
 }
 
-// The what() of the std::out_of_range that body throws.
 template <typename Body>
 std::string OutOfRange(Body body) {
-    try {
-        body();
-    } catch (const std::out_of_range& e) {
-        return e.what();
-    }
-    return "no exception";
+    return platform_test::ThrownText<std::out_of_range>(body);
 }
 
 // Insert only appends; Erase and Find refuse every index, even a valid one, since errors are

@@ -12,6 +12,7 @@ namespace vxtest {
 using platform_test::LogCapture;
 using platform_test::ReadFile;
 using platform_test::TempDir;
+using platform_test::ThrownText;
 
 inline std::string Utf8(const vx::CVelStrW& text) {
     return vx::CVelStr(text).c_str();
@@ -22,17 +23,6 @@ inline std::string Source(const vx::CXmlBaseObject& node) {
     vx::CVelStringBuffer<vx::CVelStrW> out;
     node.GetSource(out);
     return Utf8(out.ToString());
-}
-
-// Runs body and returns the what() of the exception of type E it throws ("" when none).
-template <class E, class Body>
-std::string ThrownText(Body body) {
-    try {
-        body();
-    } catch (const E& e) {
-        return e.what();
-    }
-    return "";
 }
 
 }  // namespace vxtest

@@ -6,11 +6,12 @@
 #include <string>
 
 #include "dom/DomTestSupport.h"
+#include "platform/CodeConvTestUtil.h"
 #include "vx/dom/XmlCharData.h"
 #include "vx/dom/XmlDocument.h"
-#include "vx/platform/CodeConv.h"
 
 using namespace vx;
+using platform_test::Convert;
 using vxtest::LogCapture;
 using vxtest::ReadFile;
 using vxtest::Source;
@@ -49,19 +50,6 @@ std::string SampleText(const std::string& encoding) {
            "</doc>";
 }
 
-// The file's bytes read back as wide text through the conversion layer.
-std::string ReadBack(const std::string& path, vcc::eCodeType code) {
-    const std::string bytes = ReadFile(path);
-    int size = 0;
-    EXPECT_TRUE(vcc::GetBufSizeByByte(&size, static_cast<int>(bytes.size()), code, vcc::eUtf16LE));
-    CVelStrW text;
-    char16_t* out = text.GetBuffer(size / 2);
-    EXPECT_TRUE(vcc::ConvertTo(bytes.data(), static_cast<int>(bytes.size()), code, out, &size,
-                               vcc::eUtf16LE));
-    text.Truncate(size / 2);
-    return Utf8(text);
-}
-
 }  // namespace
 
 TEST(Output, HandBuiltDocumentWritesAndSavesInJapaneseEncodings) {
@@ -78,7 +66,8 @@ TEST(Output, HandBuiltDocumentWritesAndSavesInJapaneseEncodings) {
         document.SetEncoding(CVelStrW(CVelStr(encoding.name)));
         EXPECT_EQ(Source(document), SampleText(encoding.name));
         ASSERT_TRUE(document.SaveToFile(path.c_str())) << encoding.name;
-        EXPECT_EQ(ReadBack(path, encoding.code), SampleText(encoding.name)) << encoding.name;
+        const auto wide = Convert(SampleText(encoding.name), vcc::eUtf8, vcc::eUtf16LE);
+        EXPECT_EQ(ReadFile(path), Convert(*wide, vcc::eUtf16LE, encoding.code)) << encoding.name;
     }
     EXPECT_NE(ReadFile(path).find("\x1b$B"), std::string::npos);  // JIS X 0208 shift
 }

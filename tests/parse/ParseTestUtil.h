@@ -82,12 +82,7 @@ inline Document ParseFile(const std::string& path) {
 // The what() of the std::runtime_error that body throws, or "" when it throws none.
 template <class Body>
 std::string Thrown(Body body) {
-    try {
-        body();
-    } catch (const std::runtime_error& e) {
-        return e.what();
-    }
-    return "";
+    return platform_test::ThrownText<std::runtime_error>(body);
 }
 
 // Sets the nesting limit for one scope.

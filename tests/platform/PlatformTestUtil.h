@@ -34,6 +34,17 @@ inline void WriteFile(const std::string& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
+// Runs body and returns the what() of the exception of type E it throws ("" when none).
+template <class E, class Body>
+std::string ThrownText(Body body) {
+    try {
+        body();
+    } catch (const E& e) {
+        return e.what();
+    }
+    return "";
+}
+
 class TempDir {
   public:
     TempDir() {

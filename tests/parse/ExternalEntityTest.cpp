@@ -91,6 +91,7 @@ TEST_F(ExternalEntity, LoaderReadsOrSaysWhyNot) {
     WriteFile(dir / "cond.dtd", kTextDecl + "<!ENTITY a 'x'><![IGNORE[]]>");
     const std::pair<std::string, D> cases[] = {
         {"http://example.com/" + (dir / "part.xml"), D{{eErrHttpNotImplemented, 0, 0}}},
+        {dir / "missing.xml", D{{eErrFileOpen, 0, 0}}},
         {dir / "plain.xml", D{{eErrCodeTypeDetect, 0, 0}}},
         {dir / "cond.dtd", D{{eErrParseStopped, 0, 0}}},
     };

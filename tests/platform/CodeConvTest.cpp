@@ -46,13 +46,13 @@ TEST(CodeConv, RoundTripsJapaneseTextThroughEveryEncoding) {
 }
 
 TEST(CodeConv, KnownBytesAndByteOrderMarks) {
-    // The wave dash reads as U+FF5E in every Japanese encoding; 0x5C and 0x7E stay ASCII.
-    EXPECT_EQ(Convert(Hex("81 60 5c 7e"), eShiftJIS, eUtf16LE), Wide(u"～\\~"));
-    EXPECT_EQ(Convert(Hex("a1 c1 5c 7e"), eEucJP, eUtf16LE), Wide(u"～\\~"));
+    // The wave dash reads as U+FF5E, as in Shift_JIS and EUC-JP; 0x5C and 0x7E stay ASCII.
     EXPECT_EQ(Convert(Hex("1b 24 42 21 41 1b 28 4a 5c 7e"), eIso2022JP, eUtf16LE), Wide(u"～\\~"));
     EXPECT_EQ(Convert(Hex("1b 24 40 24 22 1b 28 42"), eIso2022JP, eUtf16LE), Wide(u"あ"));
     EXPECT_EQ(Convert(Hex("f0 a0 ae 9f"), eUtf8, eUtf16LE), Hex("42 d8 9f df"));
     EXPECT_EQ(Convert(Hex("9f 0b 02 00"), eUcs4LE, eUtf16LE), Hex("42 d8 9f df"));
+    // A lone surrogate is whole UTF-16: the grammar, not the converter, refuses it.
+    EXPECT_EQ(Convert(Hex("41 00 3d d8"), eUtf16LE, eUtf16LE), Hex("41 00 3d d8"));
     EXPECT_EQ(Convert(Wide(u"aあb"), eUtf16LE, eIso2022JP), Hex("61 1b 24 42 24 22 1b 28 42 62"));
     EXPECT_EQ(Convert(Wide(u"あ"), eUtf16LE, eIso2022JP), Hex("1b 24 42 24 22 1b 28 42"));
     // A byte order mark is dropped.
@@ -62,13 +62,11 @@ TEST(CodeConv, KnownBytesAndByteOrderMarks) {
     EXPECT_EQ(Convert(Hex("ff fe 00 00 41 00 00 00"), eUcs4LE, eUtf16LE), Hex("41 00"));
 }
 
+// Input cut inside a character included; Shift_JIS and EUC-JP are held to iconv below.
 TEST(CodeConv, MalformedInputFails) {
     const std::pair<eCodeType, std::vector<const char*>> cases[] = {
-        {eUtf8, {"c0 af", "ed a0 80", "f4 90 80 80", "e3 81", "41 80"}},
-        {eShiftJIS, {"81", "81 20"}},
-        {eWindows932, {"a0"}},
-        {eEucJP, {"a1", "a1 20"}},
-        {eIso2022JP, {"1b 24 42 24", "1b 28 49 41", "1b 24 42 24 22", "1b", "a4 a2"}},
+        {eUtf8, {"c0 af", "ed a0 80", "f4 90 80 80", "e3 81", "f0 9f 98", "41 80"}},
+        {eIso2022JP, {"1b 24 42 24", "1b 28 49 41", "1b 24 42 24 22", "1b", "1b 24", "a4 a2"}},
         {eUtf16LE, {"41 00 42"}},
         {eUcs4LE, {"00 00 11 00", "00 d8 00 00", "41 00 00"}}};
     for (const auto& [code, inputs] : cases) {
@@ -82,9 +80,10 @@ TEST(CodeConv, CharactersTheTargetCannotHoldFail) {
         std::u16string text;
         eCodeType code;
     } cases[] = {
-        {u"①", eIso2022JP},         {u"纊", eIso2022JP},     {u"ｱ", eIso2022JP},
-        {u"¥", eShiftJIS},          {u"−", eShiftJIS},       {u"¥", eIso2022JP},
-        {u"\U0001F600", eShiftJIS}, {u"\U0001F600", eEucJP}, {u"\xD800", eUtf8},
+        // The sweeps below try single units only, never a pair.
+        {u"\U0001F600", eShiftJIS},
+        {u"\U0001F600", eEucJP},
+        {u"\xD800", eUtf8},
         {u"a\xDC00", eUcs4LE},
     };
     for (const auto& c : cases) {

@@ -34,6 +34,7 @@ TEST(File, OpensOnlyRegularFilesForReadingAndReadsExactly) {
     EXPECT_FALSE(file.CreateFileA((dir / "fifo").c_str(), CVelFile::eOpenRead));
     EXPECT_FALSE(file.IsOpen());
     EXPECT_EQ(file.GetSize(), -1);
+    EXPECT_FALSE(file.CreateFileA("/dev/zero", CVelFile::eOpenRead));  // would never end
 
     // Reads and seeks succeed only for exactly the bytes asked for.
     const std::string name = dir / "data";

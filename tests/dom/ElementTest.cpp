@@ -119,22 +119,6 @@ TEST(Element, AssignmentIsDeepEvenFromItsOwnDescendant) {
     EXPECT_EQ(Source(copy), "<r><c k=\"v\"><g>t</g></c></r>");
 }
 
-TEST(Element, DeepChainCopiesWritesAndDies) {
-    const int depth = GetNestingLimit();
-    CXmlElement root(nullptr);
-    root.SetName(u"d");
-    CXmlElement* leaf = &root;
-    for (int i = 1; i < depth; ++i)
-        leaf = AddChild(*leaf, u"d");
-    AddText(*leaf, u"x");
-
-    const CXmlElement copy(root);
-    const std::string source = Source(copy);
-    EXPECT_EQ(source.size(), static_cast<size_t>(depth) * 7 + 1);
-    EXPECT_EQ(source.substr(depth * 3 - 3, 8), "<d>x</d>");
-    EXPECT_EQ(Utf8(copy.GetText()), "x");
-}
-
 // Elements share their names through the process-wide cache, which Finalize releases.
 TEST(NameCache, ElementNamesAreSharedUntilFinalize) {
     CXmlElement e1(nullptr), e2(nullptr);

@@ -325,10 +325,6 @@ TEST_F(VxmlTest, LibraryExceptionExitsWithTwo) {
     EXPECT_TRUE(std::regex_match(result.err, std::regex("vxml: [^\n]+\n"))) << result.err;
 }
 
-}  // namespace
-
-namespace {
-
 // A UTF-8 document with what print and save leave out: CR LF line ends, a DOCTYPE with an
 // internal subset, comments outside the root, an unexpanded reference.
 const std::string kFullDocument =

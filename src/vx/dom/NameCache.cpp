@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <cstring>
 #include <mutex>
 
 #include "vx/platform/Package.h"
@@ -15,10 +14,9 @@ std::u16string_view View(const CVelStrW& text) {
     return {text.c_str(), static_cast<std::size_t>(text.GetLength())};
 }
 
-// Equality of units as bytes: the string view's own comparison orders unit by unit.
 bool SameUnits(const CVelStrW& text, std::u16string_view units) {
     return static_cast<std::size_t>(text.GetLength()) == units.size() &&
-           std::memcmp(text.c_str(), units.data(), units.size() * sizeof(char16_t)) == 0;
+           velstr::SameUnits(text.c_str(), units.data(), static_cast<int>(units.size()));
 }
 
 // At most half full, so probes stay short.
@@ -36,7 +34,7 @@ constexpr std::size_t kAddressSlots = 256;
 CNameCache::CNameCache(int capacity)
     : m_capacity(capacity),
       m_entries(capacity > 0 ? capacity : 0),
-      m_slots(TableSize(capacity), -1),
+      m_slots(TableSize(capacity)),
       m_byAddress(kAddressSlots, -1) {}
 
 // Inlined in both callers: every name a parse makes passes here once or twice.
@@ -72,31 +70,35 @@ template <class MakeString>
 int CNameCache::Use(std::u16string_view units, MakeString make) {
     // Tree building interns again what the parser has just interned: no need to look it up.
     if (m_newest >= 0 && SameUnits(m_entries[m_newest].text, units)) return m_newest;
-    const std::size_t hash = velstr::HashUnits(units.data(), static_cast<int>(units.size()));
+    const auto hash =
+        static_cast<std::uint32_t>(velstr::HashUnits(units.data(), static_cast<int>(units.size())));
     std::size_t slot = FindSlot(units, hash);
-    int entry = m_slots[slot];
+    int entry = m_slots[slot].entry;
     if (entry >= 0) {
         MakeNewest(entry);
         m_byAddress[AddressSlot(m_entries[entry].text.c_str())] = entry;
         return entry;
     }
-    if (m_size < m_capacity) {
-        entry = m_size++;
-    } else {
-        entry = m_oldest;  // dropped, and its entry reused
-        Unlink(entry);
-        EraseSlot(SlotOf(entry));
-        slot = FindSlot(units, hash);
-    }
+    const bool full = m_size == m_capacity;
+    entry = FreeEntry();
+    if (full) slot = EmptySlot(hash);  // the drop may have moved the gap nearer
     Entry& fresh = m_entries[entry];
     {
         vel::CHeapScope heap;  // a cached string outlives the parse that made it
         fresh.text = make();
     }
-    fresh.hash = hash;
-    m_slots[slot] = entry;
+    fresh.slot = slot;
+    m_slots[slot] = {hash, entry};
     m_byAddress[AddressSlot(fresh.text.c_str())] = entry;
     LinkNewest(entry);
+    return entry;
+}
+
+int CNameCache::FreeEntry() {
+    if (m_size < m_capacity) return m_size++;
+    const int entry = m_oldest;
+    Unlink(entry);
+    EraseSlot(m_entries[entry].slot);
     return entry;
 }
 
@@ -112,20 +114,20 @@ int CNameCache::Use(std::u16string_view units, MakeString make) {
     return (reinterpret_cast<std::uintptr_t>(units) >> 4) % m_byAddress.size();
 }
 
-std::size_t CNameCache::FindSlot(std::u16string_view units, std::size_t hash) const {
+std::size_t CNameCache::FindSlot(std::u16string_view units, std::uint32_t hash) const {
     const std::size_t mask = m_slots.size() - 1;
     std::size_t slot = hash & mask;
-    for (; m_slots[slot] >= 0; slot = (slot + 1) & mask) {
-        const Entry& entry = m_entries[m_slots[slot]];
-        if (entry.hash == hash && SameUnits(entry.text, units)) break;
+    for (; m_slots[slot].entry >= 0; slot = (slot + 1) & mask) {
+        const Slot& held = m_slots[slot];
+        if (held.hash == hash && SameUnits(m_entries[held.entry].text, units)) break;
     }
     return slot;
 }
 
-std::size_t CNameCache::SlotOf(int entry) const {
+std::size_t CNameCache::EmptySlot(std::uint32_t hash) const {
     const std::size_t mask = m_slots.size() - 1;
-    std::size_t slot = m_entries[entry].hash & mask;
-    while (m_slots[slot] != entry)
+    std::size_t slot = hash & mask;
+    while (m_slots[slot].entry >= 0)
         slot = (slot + 1) & mask;
     return slot;
 }
@@ -134,17 +136,16 @@ std::size_t CNameCache::SlotOf(int entry) const {
 // that no probe meets a gap before its entry (deletion in linear probing, without markers).
 void CNameCache::EraseSlot(std::size_t slot) {
     const std::size_t mask = m_slots.size() - 1;
-    for (std::size_t next = (slot + 1) & mask; m_slots[next] >= 0; next = (next + 1) & mask) {
-        const std::size_t home = m_entries[m_slots[next]].hash & mask;
-        // The entry at next stays when its home lies cyclically in (slot, next].
-        const bool stays =
-            slot < next ? (slot < home && home <= next) : (slot < home || home <= next);
-        if (!stays) {
+    for (std::size_t next = (slot + 1) & mask; m_slots[next].entry >= 0; next = (next + 1) & mask) {
+        // The entry at next stays when its home is nearer to next than the gap is.
+        const std::size_t home = m_slots[next].hash & mask;
+        if (((next - home) & mask) >= ((next - slot) & mask)) {
             m_slots[slot] = m_slots[next];
+            m_entries[m_slots[slot].entry].slot = slot;
             slot = next;
         }
     }
-    m_slots[slot] = -1;
+    m_slots[slot].entry = -1;
 }
 
 [[gnu::always_inline]] inline void CNameCache::Unlink(int entry) {

@@ -3,6 +3,7 @@
 // most recently used strings, up to a fixed capacity. Every thread has caches of its own, so
 // threads parse at once without a lock, and each sees its caches as if it were alone.
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <vector>
 
@@ -31,12 +32,19 @@ class CNameCache {
     int GetSize() const noexcept { return m_size; }
 
   private:
-    // A cached string, linked into the recency order by entry index (-1: none).
+    // A cached string, linked into the recency order by entry index (-1: none), and the slot
+    // of the table that holds it.
     struct Entry {
         CVelStrW text;
-        std::size_t hash = 0;
         int newer = -1;
         int older = -1;
+        std::size_t slot = 0;
+    };
+    // The table holds each entry's hash beside its index, so that probes and moves read only
+    // the table, and an entry's string only where the hashes agree.
+    struct Slot {
+        std::uint32_t hash = 0;
+        int entry = -1;  // -1: empty
     };
 
     // The entry equal to text, made the most recently used; text is cached when none is.
@@ -45,10 +53,12 @@ class CNameCache {
     // when there is none.
     template <class MakeString>
     int Use(std::u16string_view units, MakeString make);
+    // Room for a new entry: the next unused one, or the least recently used, dropped.
+    int FreeEntry();
     void MakeNewest(int entry);
     // The slot holding units, or the empty slot where they would go.
-    std::size_t FindSlot(std::u16string_view units, std::size_t hash) const;
-    std::size_t SlotOf(int entry) const;
+    std::size_t FindSlot(std::u16string_view units, std::uint32_t hash) const;
+    std::size_t EmptySlot(std::uint32_t hash) const;
     void EraseSlot(std::size_t slot);
     void Unlink(int entry);
     void LinkNewest(int entry);
@@ -59,9 +69,9 @@ class CNameCache {
     int m_newest = -1;
     int m_oldest = -1;
     // Every intern runs during a parse, so the cache is a fixed block that never allocates:
-    // the entries, and an open-addressing table of entry indexes (-1: empty) probed linearly.
+    // the entries, and an open-addressing table probed linearly, at most half full.
     std::vector<Entry> m_entries;
-    std::vector<int> m_slots;
+    std::vector<Slot> m_slots;
     // Entry indexes by the address of the cached string's units, so that a string this cache
     // handed out is found again without hashing its text. A hint only: checked on use.
     std::vector<int> m_byAddress;

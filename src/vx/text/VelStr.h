@@ -79,16 +79,84 @@ void ThrowStringError(const char* what);
 int FindUnit(const char16_t* text, int from, int length, char16_t a, char16_t b,
              char16_t c) noexcept;
 
-// FNV-1a over units[0, length), inline: names and short texts are hashed per use, and for them
-// a library call costs more than the loop.
+namespace detail {
+
+inline std::uint64_t Load64(const unsigned char* bytes) noexcept {
+    std::uint64_t value;
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+}
+
+inline std::uint64_t Load32(const unsigned char* bytes) noexcept {
+    std::uint32_t value;
+    std::memcpy(&value, bytes, sizeof value);
+    return value;
+}
+
+// The two halves of the 128-bit product folded together: every bit of either factor reaches
+// the low bits, which tables index by.
+inline std::uint64_t Fold(std::uint64_t a, std::uint64_t b) noexcept {
+    __extension__ using Wide = unsigned __int128;  // hosts may build with -Wpedantic
+    const Wide product = static_cast<Wide>(a) * b;
+    return static_cast<std::uint64_t>(product) ^ static_cast<std::uint64_t>(product >> 64);
+}
+
+}  // namespace detail
+
+// A hash of units[0, length), inline: names and short texts are hashed per use, and for them a
+// library call costs more than the work. Sixteen bytes go into each multiply; the last word is
+// read overlapping the one before it, so nothing past the text is read.
 template <typename T>
 std::size_t HashUnits(const T* units, int length) noexcept {
-    std::uint64_t hash = 14695981039346656037ULL;
-    for (int i = 0; i < length; ++i)
-        hash = (hash ^ static_cast<std::make_unsigned_t<T>>(units[i])) * 1099511628211ULL;
-    // The low bits of the product see only the low bits of each unit; tables index by the
-    // low bits, and Japanese names differ in the high ones.
-    return static_cast<std::size_t>(hash ^ (hash >> 32));
+    constexpr std::uint64_t kMix0 = 0xa0761d6478bd642fULL;
+    constexpr std::uint64_t kMix1 = 0xe7037ed1a0b428dbULL;
+    const auto* bytes = reinterpret_cast<const unsigned char*>(units);
+    const std::size_t size = static_cast<std::size_t>(length) * sizeof(T);
+    std::uint64_t seed = kMix0 ^ size;
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+    if (size > 16) {
+        std::size_t left = size;
+        for (; left > 16; left -= 16, bytes += 16)
+            seed = detail::Fold(detail::Load64(bytes) ^ kMix1, detail::Load64(bytes + 8) ^ seed);
+        first = detail::Load64(bytes + left - 16);
+        last = detail::Load64(bytes + left - 8);
+    } else if (size >= 8) {
+        first = detail::Load64(bytes);
+        last = detail::Load64(bytes + size - 8);
+    } else if (size >= 4) {
+        first = detail::Load32(bytes);
+        last = detail::Load32(bytes + size - 4);
+    } else if (size > 0) {
+        first = (std::uint64_t{bytes[0]} << 16) | (std::uint64_t{bytes[size / 2]} << 8) |
+                bytes[size - 1];
+    }
+    return static_cast<std::size_t>(
+        detail::Fold(kMix1 ^ size, detail::Fold(first ^ kMix1, last ^ seed)));
+}
+
+// Whether a[0, length) and b[0, length) hold the same units. Names and short texts compare by
+// words inline, overlapping at the end; longer texts by memcmp.
+template <typename T>
+bool SameUnits(const T* a, const T* b, int length) noexcept {
+    const auto* x = reinterpret_cast<const unsigned char*>(a);
+    const auto* y = reinterpret_cast<const unsigned char*>(b);
+    const std::size_t size = static_cast<std::size_t>(length) * sizeof(T);
+    if (size > 64) return std::memcmp(x, y, size) == 0;
+    if (size >= 8) {
+        for (std::size_t i = 0; i + 8 < size; i += 8) {
+            if (detail::Load64(x + i) != detail::Load64(y + i)) return false;
+        }
+        return detail::Load64(x + size - 8) == detail::Load64(y + size - 8);
+    }
+    if (size >= 4) {
+        return detail::Load32(x) == detail::Load32(y) &&
+               detail::Load32(x + size - 4) == detail::Load32(y + size - 4);
+    }
+    for (std::size_t i = 0; i < size; ++i) {
+        if (x[i] != y[i]) return false;
+    }
+    return true;
 }
 
 template <typename T, typename Derived>

@@ -38,7 +38,7 @@ class CNameCache {
         CVelStrW text;
         int newer = -1;
         int older = -1;
-        std::size_t slot = 0;
+        std::uint32_t slot = 0;
     };
     // The table holds each entry's hash beside its index, so that probes and moves read only
     // the table, and an entry's string only where the hashes agree.

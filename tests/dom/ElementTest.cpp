@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <list>
 #include <map>
 #include <memory>
@@ -177,6 +178,23 @@ TEST(NameCache, AgreesWithARecencyListOverManyInterns) {
         }
         ASSERT_EQ(cache.GetSize(), static_cast<int>(recent.size()));
     }
+}
+
+// The table keeps 32 bits of each hash and compares texts only where they agree: two names
+// whose bits agree are still told apart, also once one of them is dropped and the other moved.
+TEST(NameCache, TellsApartNamesWhoseHashesAgree) {
+    const std::u16string a = u"n200602", b = u"n480582", c = u"other";
+    ASSERT_EQ(static_cast<std::uint32_t>(velstr::HashUnits(a.data(), 7)),
+              static_cast<std::uint32_t>(velstr::HashUnits(b.data(), 7)));
+    CNameCache cache(2);
+    const CVelStrW first = cache.Intern(a.data(), 7);
+    const CVelStrW second = cache.Intern(b.data(), 7);
+    EXPECT_EQ(std::u16string(second.c_str(), 7), b);
+    EXPECT_EQ(cache.Intern(a.data(), 7).c_str(), first.c_str());
+    EXPECT_EQ(cache.Intern(b.data(), 7).c_str(), second.c_str());
+    cache.Intern(c.data(), 5);  // drops a, the least recently used
+    EXPECT_EQ(cache.Intern(b.data(), 7).c_str(), second.c_str());
+    EXPECT_NE(cache.Intern(a.data(), 7).c_str(), first.c_str());
 }
 
 namespace {

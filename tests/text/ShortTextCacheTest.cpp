@@ -42,4 +42,16 @@ TEST(ShortTextCache, ManyDistinctTextsStayApart) {
     }
 }
 
+// Two texts of one length that meet in one slot with the same further hash bits: still two.
+TEST(ShortTextCache, TellsApartTextsWhoseHashesAgree) {
+    const std::u16string a = u"n13957976", b = u"n14166368";
+    const std::size_t ha = velstr::HashUnits(a.data(), 9), hb = velstr::HashUnits(b.data(), 9);
+    ASSERT_EQ(ha % 1024, hb % 1024);
+    ASSERT_EQ(ha >> 32, hb >> 32);
+    CShortTextCache cache;
+    const CVelStrW first = cache.Get(a.data(), 9);
+    EXPECT_EQ(std::u16string(cache.Get(b.data(), 9).c_str(), 9), b);
+    EXPECT_NE(cache.Get(a.data(), 9).c_str(), first.c_str());  // b took the slot
+}
+
 }  // namespace

@@ -172,6 +172,33 @@ TEST(VelStrTest, FindUnitAtEveryPositionAndNoLookAlikes) {
     EXPECT_EQ(CVelStr("a;b;c").Pos(';', 2), 3);
 }
 
+// Units are compared and hashed by words, the last one overlapping: every unit counts, in
+// either byte, and nothing beside the text does.
+TEST(VelStrTest, EveryUnitAndNothingElseCountsInComparesAndHashes) {
+    for (int length = 0; length <= 40; ++length) {
+        std::u16string a(length + 2, u'\x4E00'), b = a;
+        b.front() = b.back() = u'x';  // differs only outside [1, length]
+        const char16_t* x = a.data() + 1;
+        const char16_t* y = b.data() + 1;
+        ASSERT_TRUE(velstr::SameUnits(x, y, length)) << length;
+        ASSERT_EQ(velstr::HashUnits(x, length), velstr::HashUnits(y, length)) << length;
+        for (int at = 1; at <= length; ++at) {
+            for (const char16_t changed : {u'\x4E01', u'\x4F00'}) {
+                std::u16string c = a;
+                c[at] = changed;
+                EXPECT_FALSE(velstr::SameUnits(x, c.data() + 1, length)) << length << " " << at;
+                EXPECT_NE(velstr::HashUnits(x, length), velstr::HashUnits(c.data() + 1, length))
+                    << length << " " << at;
+            }
+        }
+    }
+    const std::string bytes(70, 'q');
+    for (int length = 0; length < 70; ++length) {
+        EXPECT_FALSE(
+            velstr::SameUnits(bytes.data(), (bytes.substr(0, length) + 'r').data(), length + 1));
+    }
+}
+
 }  // namespace
 
 namespace {

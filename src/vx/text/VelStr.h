@@ -131,8 +131,7 @@ std::size_t HashUnits(const T* units, int length) noexcept {
         first = (std::uint64_t{bytes[0]} << 16) | (std::uint64_t{bytes[size / 2]} << 8) |
                 bytes[size - 1];
     }
-    return static_cast<std::size_t>(
-        detail::Fold(kMix1 ^ size, detail::Fold(first ^ kMix1, last ^ seed)));
+    return static_cast<std::size_t>(detail::Fold(first ^ kMix1, last ^ seed));
 }
 
 // Whether a[0, length) and b[0, length) hold the same units. Names and short texts compare by

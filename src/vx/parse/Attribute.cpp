@@ -18,44 +18,6 @@ bool CParseChars::Interpreter(CParse& parser, int start, int& end) {
     return true;
 }
 
-namespace {
-
-// The classes of the ASCII units, taken from the class tests themselves: names are mostly
-// ASCII, and one load is cheaper than the tests' several bitmaps.
-struct CAsciiNameClasses {
-    bool start[128];
-    bool follow[128];
-};
-
-const CAsciiNameClasses kAsciiNames = [] {
-    CAsciiNameClasses classes{};
-    for (char16_t ch = 0; ch < 128; ++ch) {
-        classes.start[ch] = CParseName::IsLetter(ch) || ch == u'_' || ch == u':';
-        classes.follow[ch] = CParseName::IsNameChar(ch);
-    }
-    return classes;
-}();
-
-bool IsNameStart(char16_t ch) {
-    return ch < 128 ? kAsciiNames.start[ch] : CParseName::IsLetter(ch);
-}
-
-bool IsNameFollow(char16_t ch) {
-    return ch < 128 ? kAsciiNames.follow[ch] : CParseName::IsNameChar(ch);
-}
-
-}  // namespace
-
-int CParseName::Scan(const CVelStrW& src, int start) {
-    const int length = src.GetLength();
-    const char16_t* units = src.c_str();
-    if (start >= length || !IsNameStart(units[start])) return start;
-    int end = start + 1;
-    while (end < length && IsNameFollow(units[end]))
-        ++end;
-    return end;
-}
-
 bool CParseName::Interpreter(CParse& parser, int start, int& end) {
     const CVelStrW& src = parser.Source();
     m_name.Clear();

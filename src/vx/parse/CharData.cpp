@@ -91,7 +91,9 @@ bool CParseCharRef::Interpreter(CParse& parser, int start, int& end) {
     const bool hex = src.MatchAt(start, Keywords().hexCharRefOpen);
     if (!hex && !src.MatchAt(start, Keywords().charRefOpen)) return Absent(start, end);
     const int first = start + (hex ? 3 : 2);
-    const int pos = ScanDigits(src, first, hex);
+    char16_t unit = 0;
+    int units = 0;
+    const int pos = ScanDigits(src, first, hex, unit, units);
     // A reference cut off by the end of the source is absent, not an error (deliberate).
     if (pos == src.GetLength()) return Absent(start, end);
     if (src[pos] != u';' || pos == first) return Fail(parser, CParseError::eErrCharRef, pos, end);
@@ -101,11 +103,12 @@ bool CParseCharRef::Interpreter(CParse& parser, int start, int& end) {
     return true;
 }
 
-int CParseCharRef::ScanDigits(const CVelStrW& src, int first, bool hex) {
-    int pos = first;
-    while (pos < src.GetLength() && DigitValue(src[pos], hex ? 16 : 10) >= 0)
-        ++pos;
-    return pos;
+int CParseCharRef::ScanDigits(const CVelStrW& src, int first, bool hex, char16_t& unit,
+                              int& units) {
+    std::int32_t value = 0;
+    const int end = ScanCharRefValue(src.c_str(), first, src.GetLength(), hex ? 16 : 10, value);
+    units = ValueToUnits(value, unit);
+    return end;
 }
 
 CVelStrW CParseCharRef::ToStr() const {
@@ -120,8 +123,12 @@ int CParseCharRef::ToUnits(char16_t& unit) const {
 int CParseCharRef::DigitsToUnits(const CVelStrW& text, int first, int end, char16_t& unit) {
     if (first == end) return 0;
     const bool hex = text[first] == u'x';
-    const std::int32_t value =
-        SaturatedCharRefValue(text, hex ? first + 1 : first, end - 1, hex ? 16 : 10);
+    std::int32_t value = 0;
+    ScanCharRefValue(text.c_str(), hex ? first + 1 : first, end, hex ? 16 : 10, value);
+    return ValueToUnits(value, unit);
+}
+
+int CParseCharRef::ValueToUnits(std::int32_t value, char16_t& unit) {
     if (value == 0) return 0;
     unit = static_cast<char16_t>(value & 0xFFFF);
     return 1;

@@ -64,7 +64,9 @@ class CParseName : public CAbstractExpression {
     static bool IsLetter(char16_t ch) { return chars::IsLetter(ch); }
     static bool IsNameChar(char16_t ch) { return chars::IsNameChar(ch); }
     // The end of the name at start in src, or start when none begins there.
-    static int Scan(const CVelStrW& src, int start);
+    static int Scan(const CVelStrW& src, int start) {
+        return chars::ScanName(src.c_str(), start, src.GetLength());
+    }
 
   private:
     CVelStrW m_name;
@@ -261,10 +263,13 @@ class CParseCharRef : public CAbstractExpression {
     // The same for the checked digits text[first..end) ("x" and hexadecimal ones, or decimal
     // ones).
     static int DigitsToUnits(const CVelStrW& text, int first, int end, char16_t& unit);
-    // The end of the hexadecimal or decimal digits at first in src.
-    static int ScanDigits(const CVelStrW& src, int first, bool hex);
+    // The end of the hexadecimal or decimal digits at first in src, and what they give, as
+    // DigitsToUnits gives it.
+    static int ScanDigits(const CVelStrW& src, int first, bool hex, char16_t& unit, int& units);
 
   private:
+    static int ValueToUnits(std::int32_t value, char16_t& unit);
+
     CVelStrW m_digits;  // "x" and the digits for a hexadecimal reference
 };
 

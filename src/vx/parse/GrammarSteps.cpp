@@ -67,13 +67,6 @@ const CVelStrW* FindPredefinedEntity(const CVelStrW& text, int first, int last) 
     }
 }
 
-int SkipWhiteSpace(const CVelStrW& src, int pos) {
-    const int length = src.GetLength();
-    while (pos < length && IsWhiteSpace(src[pos]))
-        ++pos;
-    return pos;
-}
-
 namespace {
 
 CDelimitedRun RunUpTo(int first, int close) {

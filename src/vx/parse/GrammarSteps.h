@@ -156,8 +156,15 @@ inline bool IsWhiteSpace(char16_t ch) {
 // null.
 const CVelStrW* FindPredefinedEntity(const CVelStrW& text, int first, int last);
 
-// The position after the white space run at pos (pos itself when there is none).
-int SkipWhiteSpace(const CVelStrW& src, int pos);
+// The position after the white space run at pos (pos itself when there is none). Inline: most
+// runs are empty or one unit, between the parts of every tag.
+inline int SkipWhiteSpace(const CVelStrW& src, int pos) {
+    const char16_t* units = src.c_str();
+    const int length = src.GetLength();
+    while (pos < length && IsWhiteSpace(units[pos]))
+        ++pos;
+    return pos;
+}
 
 // A run between an opening and a closing delimiter, the closing one being the first after the
 // opening one.

@@ -208,14 +208,12 @@ bool CSinglePassReader::ReadAttribute(int nameStart, int nameEnd, int& pos) {
     int next = SkipWhiteSpace(m_src, nameEnd);
     if (!AcceptChar(m_src, next, u'=')) return false;
     next = SkipWhiteSpace(m_src, next);
-    const CDelimitedRun literal = MatchQuotedLiteral(m_src, next);
-    if (literal.state != CDelimitedRun::eFound) return false;
+    if (!IsCharAt(m_src, next, u'"') && !IsCharAt(m_src, next, u'\'')) return false;
     CVelStrW name = AttributeNameCache().Intern(m_src.c_str() + nameStart, nameEnd - nameStart);
     if (IsDuplicate(name)) return false;
     CVelStrW value;
-    if (!ReadAttValue(literal.first, literal.close, value)) return false;
+    if (!ReadAttValue(next, pos, value)) return false;
     m_attributes.push_back({std::move(name), std::move(value)});
-    pos = literal.close + 1;
     return true;
 }
 
@@ -238,26 +236,34 @@ bool CSinglePassReader::IsDuplicate(const CVelStrW& name) {
     return !m_seenNames.insert(name).second;
 }
 
-// source[first, close) between the quotes, expanded as the productions expand it while the
-// references are matched; each internal entity's text is charged against the parse's allowance
-// as the productions charge it.
-bool CSinglePassReader::ReadAttValue(int first, int close, CVelStrW& value) {
+// The quoted value whose opening quote is at open, expanded as the productions expand it while
+// the references are matched; end is after the closing quote. One search finds the closing
+// quote, "<" and "&". Each internal entity's text is charged against the parse's allowance as
+// the productions charge it.
+bool CSinglePassReader::ReadAttValue(int open, int& end, CVelStrW& value) {
     const char16_t* units = m_src.c_str();
+    const int length = m_src.GetLength();
+    const char16_t quote = units[open];
+    const int first = open + 1;
     int run = first;  // start of the ordinary characters not yet appended
     m_value.clear();
-    for (int pos = FindUnit(units, first, close, u'<', u'&', u'&'); pos < close;
-         pos = FindUnit(units, run, close, u'<', u'&', u'&')) {
+    int pos = FindUnit(units, first, length, quote, u'<', u'&');
+    for (; pos < length && units[pos] == u'&';
+         pos = FindUnit(units, run, length, quote, u'<', u'&')) {
         CReference reference;
-        if (units[pos] == u'<' || !MatchReference(pos, reference)) return false;
+        if (!MatchReference(pos, reference)) return false;
         m_value.append(units + run, units + pos);
         if (!AppendReplacement(pos, reference)) return false;
         run = reference.end;
     }
+    // Unterminated, or a "<" before the closing quote.
+    if (pos == length || units[pos] != quote) return false;
+    end = pos + 1;
     if (run == first) {
-        value = AttributeValueCache().Intern(units + first, close - first);
+        value = AttributeValueCache().Intern(units + first, pos - first);
         return true;
     }
-    m_value.append(units + run, units + close);
+    m_value.append(units + run, units + pos);
     value = AttributeValueCache().Intern(m_value.data(), static_cast<int>(m_value.size()));
     return true;
 }
@@ -333,10 +339,9 @@ bool CSinglePassReader::MatchReference(int pos, CReference& reference) {
     if (pos + 1 >= length || m_src[pos + 1] != u'#') return MatchEntityRef(pos, reference);
     const bool hex = pos + 2 < length && m_src[pos + 2] == u'x';
     const int first = pos + (hex ? 3 : 2);
-    const int last = CParseCharRef::ScanDigits(m_src, first, hex);
+    const int last = CParseCharRef::ScanDigits(m_src, first, hex, reference.unit, reference.units);
     if (last == first || !IsCharAt(m_src, last, u';')) return false;
     reference.kind = CReference::eCharacter;
-    reference.units = CParseCharRef::DigitsToUnits(m_src, pos + 2, last, reference.unit);
     reference.end = last + 1;
     return true;
 }

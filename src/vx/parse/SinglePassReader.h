@@ -84,7 +84,7 @@ class CSinglePassReader {
     // nameEnd is where the name ends.
     bool ReadStartTag(int& pos, CXmlElement& element, int& nameEnd, bool& empty);
     bool ReadAttribute(int nameStart, int nameEnd, int& pos);
-    bool ReadAttValue(int first, int close, CVelStrW& value);
+    bool ReadAttValue(int open, int& end, CVelStrW& value);
     bool AppendReplacement(int pos, const CReference& reference);
     bool IsDuplicate(const CVelStrW& name);
     // "</" Name S? ">" closing the element whose name stands at source[nameStart, nameEnd).

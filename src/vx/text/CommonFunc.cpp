@@ -84,13 +84,6 @@ void CLineIndex::GetLineAndCol(int position, int& line, int& column) const {
     column = ColumnOf(position, *(next - 1));
 }
 
-int DigitValue(char16_t ch, int base) {
-    if (ch >= u'0' && ch <= u'9') return ch - u'0';
-    if (base == 16 && ch >= u'a' && ch <= u'f') return ch - u'a' + 10;
-    if (base == 16 && ch >= u'A' && ch <= u'F') return ch - u'A' + 10;
-    return -1;
-}
-
 CVelStrW ConvertNumToChar(const CVelStrW& text, int first, int last) {
     // Out-of-text bounds only come from a reference cut off by the end of the text.
     if (first < 0 || first > text.GetLength()) return CVelStrW();
@@ -108,14 +101,6 @@ CVelStrW ConvertNumToChar(const CVelStrW& text, int first, int last) {
     }
     if (base == 10 && value > 0xFFFFFFFFu) return CVelStrW();
     return CVelStrW(static_cast<char16_t>(value & 0xFFFF));
-}
-
-std::int32_t SaturatedCharRefValue(const CVelStrW& text, int first, int last, int base) {
-    constexpr std::int64_t kMax = 0x7FFFFFFF;
-    std::int64_t value = 0;
-    for (int i = first; i <= last; ++i)
-        value = std::min(value * base + DigitValue(text[i], base), kMax);
-    return static_cast<std::int32_t>(value);
 }
 
 CVelStrW ConvertNumToChar(const CVelStrW& text) {

@@ -1,5 +1,6 @@
 #pragma once
 // Line ends, line/column positions and character references over the library's wide text.
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -22,7 +23,12 @@ void GetLineAndCol(const CVelStrW& text, int position, int& line, int& column);
 // reference saturates (SaturatedCharRefValue).
 
 // The value of ch as a digit of base 10 or 16, or -1.
-int DigitValue(char16_t ch, int base);
+inline int DigitValue(char16_t ch, int base) {
+    if (ch >= u'0' && ch <= u'9') return ch - u'0';
+    if (base == 16 && ch >= u'a' && ch <= u'f') return ch - u'a' + 10;
+    if (base == 16 && ch >= u'A' && ch <= u'F') return ch - u'A' + 10;
+    return -1;
+}
 
 // The character of the reference digits text[first..last] ("x" then hexadecimal, or decimal):
 // one unit, or an empty string when the digits are not valid. Leading zeros are skipped; more
@@ -30,9 +36,19 @@ int DigitValue(char16_t ch, int base);
 // at 16 bits; a decimal one beyond 32 bits is invalid, else its low 16 bits are kept.
 CVelStrW ConvertNumToChar(const CVelStrW& text, int first, int last);
 
-// The value of the digits text[first..last] of base, all valid, read as a 32-bit strtol reads
-// them: a larger value saturates at 0x7FFFFFFF.
-std::int32_t SaturatedCharRefValue(const CVelStrW& text, int first, int last, int base);
+// The end of the digits of base at first in units[0, length), their value in value, read as a
+// 32-bit strtol reads them: a larger value saturates at 0x7FFFFFFF. One pass, since references
+// are read where they are scanned.
+inline int ScanCharRefValue(const char16_t* units, int first, int length, int base,
+                            std::int32_t& value) {
+    constexpr std::int64_t kMax = 0x7FFFFFFF;
+    std::int64_t sum = 0;
+    int pos = first;
+    for (int digit = 0; pos < length && (digit = DigitValue(units[pos], base)) >= 0; ++pos)
+        sum = std::min(sum * base + digit, kMax);
+    value = static_cast<std::int32_t>(sum);
+    return pos;
+}
 
 // The text with every "&#...;" replaced by its character; an invalid one disappears.
 CVelStrW ConvertNumToChar(const CVelStrW& text);

@@ -63,4 +63,20 @@ TEST(CharClassesTest, CharLettersAndNameChars) {
         EXPECT_FALSE(chars::IsNameChar(ch)) << std::hex << int(ch);  // 0xFF10: full-width zero
 }
 
+// The scanner's table and fast ranges must give exactly the class tests' answers.
+TEST(CharClassesTest, NameScanClassesAgreeWithTheClassTests) {
+    for (unsigned unit = 0; unit <= 0xFFFF; ++unit) {
+        const char16_t ch = static_cast<char16_t>(unit);
+        ASSERT_EQ(chars::IsNameStart(ch), chars::IsLetter(ch) || ch == u'_' || ch == u':')
+            << std::hex << unit;
+        ASSERT_EQ(chars::IsNameFollow(ch), chars::IsNameChar(ch)) << std::hex << unit;
+    }
+    const std::u16string_view text = u"x \u4E00a-1\u30FC:\u3001";
+    EXPECT_EQ(chars::ScanName(text.data(), 0, 1), 1);
+    EXPECT_EQ(chars::ScanName(text.data(), 1, int(text.size())), 1);  // white space
+    EXPECT_EQ(chars::ScanName(text.data(), 2, int(text.size())), 8);  // stops at the comma
+    EXPECT_EQ(chars::ScanName(text.data(), 3, 5), 5);                 // at the given end
+    EXPECT_EQ(chars::ScanName(text.data(), 4, int(text.size())), 4);  // "-" cannot start one
+}
+
 }  // namespace

@@ -12,6 +12,7 @@
 #include "vx/parse/GrammarSteps.h"
 #include "vx/parse/Parse.h"
 #include "vx/platform/Package.h"
+#include "vx/text/CharClasses.h"
 #include "vx/text/CommonFunc.h"
 
 namespace vx {
@@ -281,13 +282,18 @@ bool CSinglePassReader::AppendReplacement(int pos, const CReference& reference) 
     return true;
 }
 
+// The end tag names the open element exactly when it holds the same units and no name
+// character follows them: compared in place, with no scan of the name.
 bool CSinglePassReader::ReadEndTag(int& pos, int nameStart, int nameEnd) {
+    const char16_t* units = m_src.c_str();
+    const int length = m_src.GetLength();
     const int first = pos + 2;
-    const int last = CParseName::Scan(m_src, first);
-    if (last - first != nameEnd - nameStart ||
-        !std::equal(m_src.c_str() + first, m_src.c_str() + last, m_src.c_str() + nameStart)) {
-        return false;
+    const int last = first + (nameEnd - nameStart);
+    if (last > length) return false;
+    for (int i = nameStart, j = first; i < nameEnd; ++i, ++j) {
+        if (units[i] != units[j]) return false;
     }
+    if (last < length && chars::IsNameFollow(units[last])) return false;
     int next = SkipWhiteSpace(m_src, last);
     if (!AcceptChar(m_src, next, u'>')) return false;
     pos = next;

@@ -82,9 +82,7 @@ bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root, int& stop) {
                 end = pos;
                 return true;
             }
-            // Markup and references often follow one another with no text between.
-            const bool noText = pos < length && (m_src[pos] == u'<' || m_src[pos] == u'&');
-            const int textEnd = noText ? pos : CParseCharData::Scan(m_src, pos);
+            const int textEnd = TextEnd(pos);
             if (textEnd > pos) {
                 AppendTextChild<CXmlCData>(
                     m_parser.Texts().Get(m_src.c_str() + pos, textEnd - pos));
@@ -107,6 +105,18 @@ bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root, int& stop) {
             }
         }
     }
+}
+
+// Between tags the text is mostly a line end and indentation, or nothing: white space is passed
+// unit by unit, and the search for the end runs only when something else follows it.
+int CSinglePassReader::TextEnd(int pos) const {
+    const char16_t* units = m_src.c_str();
+    const int length = m_src.GetLength();
+    int end = pos;
+    while (end < length && IsWhiteSpace(units[end]))
+        ++end;
+    if (end < length && (units[end] == u'<' || units[end] == u'&')) return end;
+    return CParseCharData::Scan(m_src, end);
 }
 
 template <class Node>
@@ -191,7 +201,7 @@ bool CSinglePassReader::ReadStartTag(int& pos, CXmlElement& element, int& nameEn
         if (!ReadAttribute(attribute, attributeEnd, next)) return false;
     }
     next = SkipWhiteSpace(m_src, next);
-    empty = m_src.MatchAt(next, Keywords().emptyTagClose);
+    empty = IsCharAt(m_src, next, u'/') && IsCharAt(m_src, next + 1, u'>');
     if (!empty && !IsCharAt(m_src, next, u'>')) return false;
     pos = next + (empty ? 2 : 1);
     element.ReserveAtt(static_cast<int>(m_attributes.size()));

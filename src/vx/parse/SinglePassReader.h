@@ -68,6 +68,8 @@ class CSinglePassReader {
     };
 
     bool Read(int pos, int& end, CXmlElement& root, int& stop);
+    // The end of the character data at pos (pos when there is none).
+    int TextEnd(int pos) const;
     // A new child of the innermost open element, kept in m_children until the element closes.
     template <class Node>
     Node* AppendChild();

@@ -221,21 +221,29 @@ bool CSinglePassReader::ReadAttribute(int nameStart, int nameEnd, int& pos) {
     next = SkipWhiteSpace(m_src, next);
     if (!IsCharAt(m_src, next, u'"') && !IsCharAt(m_src, next, u'\'')) return false;
     CVelStrW name = AttributeNameCache().Intern(m_src.c_str() + nameStart, nameEnd - nameStart);
-    if (IsDuplicate(name)) return false;
+    const std::uint64_t key = NameKey(m_src.c_str() + nameStart, nameEnd - nameStart);
+    if (IsDuplicate(name, key)) return false;
     CVelStrW value;
     if (!ReadAttValue(next, pos, value)) return false;
-    m_attributes.push_back({std::move(name), std::move(value)});
+    m_attributes.push_back({std::move(name), std::move(value), key});
     return true;
+}
+
+// The length and the first and last units of a name (never empty): most names differ in one of
+// them, so that a tag's attributes are told apart without reading their names.
+std::uint64_t CSinglePassReader::NameKey(const char16_t* name, int length) {
+    return static_cast<std::uint64_t>(length) << 32 | static_cast<std::uint64_t>(name[0]) << 16 |
+           name[length - 1];
 }
 
 // A scan is cheapest for the usual few attributes; past kScanLimit the names go into a set, so
 // that a tag with very many stays linear.
-bool CSinglePassReader::IsDuplicate(const CVelStrW& name) {
+bool CSinglePassReader::IsDuplicate(const CVelStrW& name, std::uint64_t key) {
     constexpr std::size_t kScanLimit = 16;
     const std::size_t count = m_attributes.size();
     if (count < kScanLimit) {
         for (const CPendingAttribute& earlier : m_attributes) {
-            if (earlier.name == name) return true;
+            if (earlier.key == key && earlier.name == name) return true;
         }
         return false;
     }

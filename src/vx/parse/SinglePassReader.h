@@ -55,6 +55,7 @@ class CSinglePassReader {
     struct CPendingAttribute {
         CVelStrW name;
         CVelStrW value;
+        std::uint64_t key;  // NameKey of name
     };
 
     // An element whose content is being read, with where its start tag and name stand and
@@ -88,7 +89,8 @@ class CSinglePassReader {
     bool ReadAttribute(int nameStart, int nameEnd, int& pos);
     bool ReadAttValue(int open, int& end, CVelStrW& value);
     bool AppendReplacement(int pos, const CReference& reference);
-    bool IsDuplicate(const CVelStrW& name);
+    static std::uint64_t NameKey(const char16_t* name, int length);
+    bool IsDuplicate(const CVelStrW& name, std::uint64_t key);
     // "</" Name S? ">" closing the element whose name stands at source[nameStart, nameEnd).
     bool ReadEndTag(int& pos, int nameStart, int nameEnd);
     // Anything at pos ("<" there) other than a tag: CDATA section, comment or PI.

@@ -53,9 +53,17 @@ TEST(Pages, BlocksAreDistinctAlignedAndOutliveTheirScope) {
         FreeSmall(block.memory, block.size);
 }
 
+int g_scopeEnds = 0;
+void CountScopeEnd() noexcept {
+    ++g_scopeEnds;
+}
+
 // Outside a page scope, and inside a heap scope within one, memory is an ordinary heap block;
-// the page scope is back once the heap scope ends, and scopes nest.
+// the page scope is back once the heap scope ends, and scopes nest. The end hook runs once,
+// when the outermost scope ends.
 TEST(Pages, ScopesDecideWhereMemoryComesFrom) {
+    const vel::PageScopeEndHook previous = vel::SetPageScopeEndHook(CountScopeEnd);
+    g_scopeEnds = 0;
     auto pagedNow = [] {
         void* memory = AllocateSmall(16);
         const bool paged = IsPaged(memory);
@@ -73,10 +81,15 @@ TEST(Pages, ScopesDecideWhereMemoryComesFrom) {
         {
             vel::CHeapScope heap;
             EXPECT_FALSE(pagedNow());
+            EXPECT_FALSE(vel::InPageScope());
         }
         EXPECT_TRUE(pagedNow());
+        EXPECT_TRUE(vel::InPageScope());
+        EXPECT_EQ(g_scopeEnds, 0);
     }
     EXPECT_FALSE(pagedNow());
+    EXPECT_EQ(g_scopeEnds, 1);
+    vel::SetPageScopeEndHook(previous);
 }
 
 // Once a parse's pages are freed, the heap hands their memory out again: blocks made there

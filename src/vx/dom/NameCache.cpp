@@ -1,9 +1,12 @@
 #include "vx/dom/NameCache.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <mutex>
+#include <new>
 
+#include "vx/memory/Pages.h"
 #include "vx/platform/Package.h"
 
 namespace vx {
@@ -45,7 +48,7 @@ CNameCache::CNameCache(int capacity)
         MakeNewest(hint);
         return hint;
     }
-    return Use(View(text), [&] { return text.OffPages(); });
+    return Use(View(text), [&] { return text; });
 }
 
 CVelStrW CNameCache::Intern(const CVelStrW& text) {
@@ -83,9 +86,14 @@ int CNameCache::Use(std::u16string_view units, MakeString make) {
     entry = FreeEntry();
     if (full) slot = EmptySlot(hash);  // the drop may have moved the gap nearer
     Entry& fresh = m_entries[entry];
-    {
-        vel::CHeapScope heap;  // a cached string outlives the parse that made it
-        fresh.text = make();
+    fresh.text = make();
+    // A cached string outlives the parse that made it, yet most are dropped again within the
+    // parse: the cache shares the parse's own string and copies it off the pages only if it
+    // still holds it when the parse ends.
+    if (vel::InPageScope()) {
+        m_mayHoldPages = true;
+    } else {
+        fresh.text = fresh.text.OffPages();
     }
     fresh.slot = static_cast<std::uint32_t>(slot);
     m_slots[slot] = {hash, entry};
@@ -95,6 +103,29 @@ int CNameCache::Use(std::u16string_view units, MakeString make) {
     // then has mostly left the processor's caches: fetch it while other work goes on.
     if (full) __builtin_prefetch(m_entries[m_oldest].text.c_str(), 1);
     return entry;
+}
+
+void CNameCache::MoveOffPages() noexcept {
+    if (!m_mayHoldPages) return;
+    m_mayHoldPages = false;
+    try {
+        for (int entry = 0; entry < m_size; ++entry) {
+            CVelStrW& text = m_entries[entry].text;
+            const char16_t* before = text.c_str();
+            text = text.OffPages();
+            if (text.c_str() != before) m_byAddress[AddressSlot(text.c_str())] = entry;
+        }
+    } catch (const std::bad_alloc&) {
+        Clear();
+    }
+}
+
+void CNameCache::Clear() noexcept {
+    std::fill(m_entries.begin(), m_entries.end(), Entry{});
+    std::fill(m_slots.begin(), m_slots.end(), Slot{});
+    std::fill(m_byAddress.begin(), m_byAddress.end(), -1);
+    m_size = 0;
+    m_newest = m_oldest = -1;
 }
 
 int CNameCache::FreeEntry() {
@@ -209,8 +240,16 @@ struct CThreadExit {
     }
 };
 
+void MoveThreadCachesOffPages() noexcept {
+    if (CThreadCaches* caches = t_caches.load(std::memory_order_relaxed)) {
+        for (CNameCache& cache : caches->caches)
+            cache.MoveOffPages();
+    }
+}
+
 [[gnu::noinline]] CThreadCaches& CreateThreadCaches() {
     [[maybe_unused]] static thread_local CThreadExit exitHook;
+    vel::SetPageScopeEndHook(MoveThreadCachesOffPages);
     auto* caches = new CThreadCaches(t_caches);
     {
         std::lock_guard<std::mutex> lock(g_threadsMutex);

@@ -28,6 +28,10 @@ class CNameCache {
     // costs no count change when the name came from this cache, as it mostly does.
     void InternInPlace(CVelStrW& text);
 
+    // Replaces each cached string that lies on a parse's pages by a heap copy, so that the
+    // cache pins no page once the parse has ended. Should memory run out, the cache is emptied.
+    void MoveOffPages() noexcept;
+
     int GetCapacity() const noexcept { return m_capacity; }
     int GetSize() const noexcept { return m_size; }
 
@@ -62,12 +66,15 @@ class CNameCache {
     void EraseSlot(std::size_t slot);
     void Unlink(int entry);
     void LinkNewest(int entry);
+    void Clear() noexcept;
     std::size_t AddressSlot(const char16_t* units) const;
 
     int m_capacity;
     int m_size = 0;
     int m_newest = -1;
     int m_oldest = -1;
+    // Whether strings were cached while pages were in use: only then can one lie on a page.
+    bool m_mayHoldPages = false;
     // Every intern runs during a parse, so the cache is a fixed block that never allocates:
     // the entries, and an open-addressing table probed linearly, at most half full.
     std::vector<Entry> m_entries;

@@ -144,6 +144,7 @@ struct CThreadPages {
     bool flushAtExit = false;
 };
 thread_local CThreadPages t_pages;
+std::atomic<PageScopeEndHook> g_scopeEndHook{nullptr};
 
 void Poison([[maybe_unused]] const void* memory, [[maybe_unused]] std::size_t size) {
 #ifdef VX_POISON_PAGES
@@ -292,9 +293,19 @@ CPageScope::CPageScope() noexcept {
 
 CPageScope::~CPageScope() {
     if (--t_pages.scopes > 0) return;
+    // First, so that the strings the hook lets go of are freed with the rest.
+    if (PageScopeEndHook hook = g_scopeEndHook.load(std::memory_order_acquire)) hook();
     for (CFilling& filling : t_pages.fillings)
         GiveUpPage(filling);
     FlushAll();  // what the parse freed goes back now
+}
+
+bool InPageScope() noexcept {
+    return t_pages.scopes > 0;
+}
+
+PageScopeEndHook SetPageScopeEndHook(PageScopeEndHook hook) noexcept {
+    return g_scopeEndHook.exchange(hook, std::memory_order_acq_rel);
 }
 
 CHeapScope::CHeapScope() noexcept : m_suspendedScopes(std::exchange(t_pages.scopes, 0)) {}

@@ -23,6 +23,15 @@ class CPageScope {
     CPageScope& operator=(const CPageScope&) = delete;
 };
 
+// Whether a CPageScope is in force on the calling thread (none while a CHeapScope suspends it).
+bool InPageScope() noexcept;
+
+// Run on a thread when its outermost CPageScope ends, before its pages are given up: a store
+// that outlives parses keeps the parse's strings while it runs and copies what it still holds
+// off the pages here. One hook for the process: setting one returns the one it replaces.
+using PageScopeEndHook = void (*)() noexcept;
+PageScopeEndHook SetPageScopeEndHook(PageScopeEndHook hook) noexcept;
+
 // Suspends the pages of the calling thread while it exists: for what outlives the parse that
 // makes it (process-wide caches), which would otherwise keep a whole page alive.
 class CHeapScope {

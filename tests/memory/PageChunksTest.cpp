@@ -116,3 +116,23 @@ TEST(PageChunks, LargeBlocksRoundTrip) {
 }
 
 }  // namespace
+
+// Two threads taking pages at once take them from chunks of their own, and a thread's chunk
+// is found again by others once the thread ends.
+TEST(PageChunks, ThreadsTakePagesFromChunksOfTheirOwn) {
+    CTakenPage mine{};
+    mine.memory = vel::TakeChunkPage(mine.chunk);
+    if (!mine.memory) GTEST_SKIP() << "the system maps no chunks";
+    std::vector<CTakenPage> theirs;
+    std::thread other([&] { theirs = TakePages(kPagesPerChunk / 2); });
+    other.join();
+    ASSERT_FALSE(theirs.empty());
+    for (const CTakenPage& page : theirs)
+        EXPECT_NE(page.chunk, mine.chunk);
+    const std::vector<CTakenPage> next = TakePages(kPagesPerChunk);
+    EXPECT_TRUE(std::any_of(next.begin(), next.end(),
+                            [&](const CTakenPage& page) { return page.chunk == theirs[0].chunk; }));
+    ReturnPages(theirs);
+    ReturnPages(next);
+    ReturnPages({mine});
+}

@@ -189,12 +189,12 @@ Input LoadInput(const std::string& path, bool withBytes, bool withText) {
     return input;
 }
 
-int RunMain(const char* program, int (*main)(int, char**), int argc, char** argv) {
-    // The heap keeps what a run frees for the next, as vx's page chunks do: otherwise a peer
-    // timed after vx would fault on memory vx no longer leaves in the heap, and the ratios
-    // would move with the order of the contenders rather than with the parsers.
+void KeepFreedMemory() {
     mallopt(M_TRIM_THRESHOLD, 1 << 30);
     mallopt(M_MMAP_THRESHOLD, 32 << 20);
+}
+
+int RunMain(const char* program, int (*main)(int, char**), int argc, char** argv) {
     try {
         return main(argc, argv);
     } catch (const std::exception& e) {

@@ -40,6 +40,12 @@ Input LoadInput(const std::string& path, bool withBytes, bool withText);
 
 // What a benchmark program's main returns: main's result, or 1 after printing the text of the
 // exception it threw, after the program's name.
+// Lets the heap keep what a run frees for the next, as vx's page chunks do: otherwise a peer
+// timed after vx faults on memory vx no longer leaves in the heap, and the ratios move with the
+// order of the contenders rather than with the parsers. Only for timing: a memory measure in a
+// fresh process must see what each parser itself adds.
+void KeepFreedMemory();
+
 int RunMain(const char* program, int (*main)(int, char**), int argc, char** argv);
 
 }  // namespace bench

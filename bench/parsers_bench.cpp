@@ -363,6 +363,7 @@ void PrintTargets(const std::vector<Result>& results) {
 int Main(int argc, char** argv) {
     const std::vector<std::string> args(argv + 1, argv + argc);
     if (args.size() == 3 && args[0] == "--once") return RunOnce(args[1], args[2]);
+    bench::KeepFreedMemory();
     int runs = 5;
     std::vector<std::size_t> contenders;
     std::vector<std::string> inputs;

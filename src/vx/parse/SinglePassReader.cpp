@@ -110,12 +110,8 @@ bool CSinglePassReader::Read(int pos, int& end, CXmlElement& root, int& stop) {
 // Between tags the text is mostly a line end and indentation, or nothing: white space is passed
 // unit by unit, and the search for the end runs only when something else follows it.
 int CSinglePassReader::TextEnd(int pos) const {
-    const char16_t* units = m_src.c_str();
-    const int length = m_src.GetLength();
-    int end = pos;
-    while (end < length && IsWhiteSpace(units[end]))
-        ++end;
-    if (end < length && (units[end] == u'<' || units[end] == u'&')) return end;
+    const int end = SkipWhiteSpace(m_src, pos);
+    if (IsCharAt(m_src, end, u'<') || IsCharAt(m_src, end, u'&')) return end;
     return CParseCharData::Scan(m_src, end);
 }
 
@@ -307,10 +303,8 @@ bool CSinglePassReader::ReadEndTag(int& pos, int nameStart, int nameEnd) {
     const int length = m_src.GetLength();
     const int first = pos + 2;
     const int last = first + (nameEnd - nameStart);
-    if (last > length) return false;
-    for (int i = nameStart, j = first; i < nameEnd; ++i, ++j) {
-        if (units[i] != units[j]) return false;
-    }
+    if (last > length || !velstr::SameUnits(units + nameStart, units + first, nameEnd - nameStart))
+        return false;
     if (last < length && chars::IsNameFollow(units[last])) return false;
     int next = SkipWhiteSpace(m_src, last);
     if (!AcceptChar(m_src, next, u'>')) return false;

@@ -20,7 +20,7 @@ void GetLineAndCol(const CVelStrW& text, int position, int& line, int& column);
 // ---- character references ----
 // The digits of a character reference become a code unit by one of two rules, both kept on
 // purpose: the conversion functions here wrap and refuse (ConvertNumToChar), the grammar's
-// reference saturates (SaturatedCharRefValue).
+// reference saturates (ScanCharRefValue).
 
 // The value of ch as a digit of base 10 or 16, or -1.
 inline int DigitValue(char16_t ch, int base) {

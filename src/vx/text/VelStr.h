@@ -292,10 +292,8 @@ class CVelStrBase {
         return empty;
     }
     static bool Equal(const CVelStrBase& a, const CVelStrBase& b) noexcept {
-        // Unequal texts of one length mostly differ in their first unit: no call for those.
         return a.m_rep == b.m_rep ||
-               (a.GetLength() == b.GetLength() && a.c_str()[0] == b.c_str()[0] &&
-                std::memcmp(a.c_str(), b.c_str(), a.GetLength() * sizeof(T)) == 0);
+               (a.GetLength() == b.GetLength() && SameUnits(a.c_str(), b.c_str(), a.GetLength()));
     }
     static bool Less(const CVelStrBase& a, const CVelStrBase& b) noexcept;
 
